@@ -1,0 +1,7 @@
+#include "config/settings.h"
+
+namespace velmora {
+
+Settings settings;
+
+}  // namespace velmora

@@ -1,0 +1,17 @@
+#include "tests/support/hand_clock.h"
+
+#include "config/clock.h"
+
+namespace velmora {
+
+uint64_t handClockMs = 3600000;
+
+uint32_t TickCount32() {
+    return static_cast<uint32_t>(handClockMs);
+}
+
+uint64_t TickCount64() {
+    return handClockMs;
+}
+
+}  // namespace velmora

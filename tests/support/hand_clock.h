@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace velmora {
+
+// The clock of a test, set by hand: both tick counters answer with this value. It starts at one hour.
+extern uint64_t handClockMs;
+
+}  // namespace velmora
