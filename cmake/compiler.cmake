@@ -1,5 +1,6 @@
 # Code generation for every target. Sources include each other by their path from the root: "config/settings.h".
 include_directories(${CMAKE_SOURCE_DIR})
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 
 if(WIN32)
     # Windows 7 and later. One self-contained file: nothing of the toolchain has to be installed beside it.

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <winsock2.h>
+
+#include <atomic>
+#include <cstdint>
+#include <optional>
+
+#include "config/byte_string.h"
+#include "csta/critical_section.h"
+#include "csta/framing.h"
+#include "csta/keepalive.h"
+
+namespace velmora {
+
+// The one TCP link to the PBX. It knows bytes and frames; whose threads call it and what a frame means is the session's
+// affair.
+//
+// The lock guards every field but the socket: TAPI's threads and the session thread send, the receive thread appends,
+// the session thread takes out. Each operation says whether it takes the lock or expects it held.
+class CstaConnection {
+public:
+    CriticalSection lock;
+    Keepalive keepalive;
+
+    // Starts Winsock, once in the life of the process. A failure is logged.
+    void StartWinsock();
+
+    // Connects to the settings' address and port, with nothing left of an earlier connection. One address is tried, the
+    // first that names a TCP endpoint; a failure is logged and leaves the link down. Before any thread of the session.
+    void Connect();
+
+    // Ends the link: wakes a receive thread that waits in Receive. Takes no lock, so that a send that hangs ends too.
+    void Disconnect();
+
+    // See link.h. Takes the lock.
+    uint32_t SendRequest(const ByteString& xml);
+
+    // Waits for bytes and keeps them for NextFrame; takes the lock for that. False when the link is down.
+    bool Receive();
+
+    // Turns all bytes that Receive has kept into the plain stream of frames. Lock held.
+    void TakeReceived();
+
+    // The next whole frame of the plain stream; none when more bytes are needed. Lock held.
+    std::optional<Frame> NextFrame() { return cutter.Next(); }
+
+private:
+    void Transmit(const ByteString& bytes) const;
+
+    bool winsockStarted = false;  // never cleared, although Disconnect ends Winsock. Keep
+    std::atomic<SOCKET> socket = INVALID_SOCKET;
+    uint32_t nextInvokeId = 1;
+    ByteString receiveBuffer;  // bytes as they came from the socket
+    FrameCutter cutter;        // what of the plain stream is not cut into frames yet
+};
+
+extern CstaConnection connection;
+
+}  // namespace velmora
