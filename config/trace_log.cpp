@@ -55,8 +55,8 @@ void WriteLog(int32_t level, std::string_view text, std::string_view detail) {
 
     const ByteString record = FormatLogRecord(TickCount64() - timeBaseMs, level, text, detail);
     // One call, so that records of two threads never mix; flushed, so that the file is whole when the process dies.
-    std::fwrite(record.data(), 1, record.size(), file);
-    std::fflush(file);
+    static_cast<void>(std::fwrite(record.data(), 1, record.size(), file));
+    static_cast<void>(std::fflush(file));
 }
 
 ByteString FormatLogRecord(uint64_t elapsedMs, int32_t level, std::string_view text, std::string_view detail) {

@@ -28,7 +28,7 @@ ByteString WrittenLog() {
     std::rewind(opened);
     ByteString bytes;
     for (int byte = std::fgetc(opened); byte != EOF; byte = std::fgetc(opened)) bytes += static_cast<char>(byte);
-    std::fseek(opened, end, SEEK_SET);
+    static_cast<void>(std::fseek(opened, end, SEEK_SET));
     return bytes;
 }
 

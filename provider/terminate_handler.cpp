@@ -1,0 +1,16 @@
+#include <cstdlib>
+
+// The C++ library's own handler prints the name of an error that nothing caught, and brings a demangler and a printf of
+// some 60 KB for it. A service has no console to print on; this one, linked in its place, ends the process the same
+// way.
+
+namespace __gnu_cxx {
+
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the library's name
+void __verbose_terminate_handler();
+void __verbose_terminate_handler() {
+    std::abort();
+}
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+
+}  // namespace __gnu_cxx
