@@ -6,12 +6,7 @@
 
 namespace velmora {
 
-inline ByteString lowerCase(std::string_view text) {
-    ByteString lowered(text);
-    for (char& character : lowered) {
-        if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
-    }
-    return lowered;
-}
+// text with "A" to "Z" in lower case. Any other byte stays, those of a letter outside ASCII included.
+ByteString lowerCase(std::string_view text);
 
 }  // namespace velmora

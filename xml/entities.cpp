@@ -18,6 +18,8 @@ constexpr Escape kEscapes[] = {
 constexpr std::string_view kDecimalStart = "&#";
 constexpr std::string_view kHexStart = "&#x";
 
+// "a" to "f" count 10 to 15 in a decimal number too, and any byte that is no digit counts 0: "&#5f;" is 65, and the "X"
+// of "&#X65;" is a leading zero of the decimal 65. Keep.
 uint32_t digitValue(char digit) {
     if (digit >= '0' && digit <= '9') return static_cast<uint32_t>(digit - '0');
     if (digit >= 'a' && digit <= 'f') return static_cast<uint32_t>(digit - 'a' + 10);
@@ -25,12 +27,15 @@ uint32_t digitValue(char digit) {
     return 0;
 }
 
+// A number of more than 32 bits loses the upper ones: "&#4294967361;" is "A". Keep.
 uint32_t readNumber(std::string_view digits, uint32_t base) {
     uint32_t value = 0;
     for (const char digit : digits) value = value * base + digitValue(digit);
     return value;
 }
 
+// UTF-8 as RFC 2279 had it, up to four bytes: surrogates (U+D800 to U+DFFF) and the numbers from 0x110000 to 0x1FFFFF
+// are written like any other; larger ones give nothing. Keep.
 void appendUtf8(ByteString& text, uint32_t codePoint) {
     const auto lead = [&](uint32_t mark, int shift) { text += static_cast<char>(mark | (codePoint >> shift)); };
     const auto follow = [&](int shift) { text += static_cast<char>(0x80 | ((codePoint >> shift) & 0x3F)); };
@@ -51,11 +56,12 @@ void appendUtf8(ByteString& text, uint32_t codePoint) {
     }
 }
 
+// Appends what reference, "&" to ";", stands for. False when its name is unknown; nothing is appended then.
 bool appendReplacement(ByteString& text, std::string_view reference) {
     if (reference.starts_with(kDecimalStart)) {
         const bool hex = reference.starts_with(kHexStart);
-        reference.remove_suffix(1);
         reference.remove_prefix(hex ? kHexStart.size() : kDecimalStart.size());
+        reference.remove_suffix(1);
         appendUtf8(text, readNumber(reference, hex ? 16 : 10));
         return true;
     }
@@ -71,23 +77,26 @@ bool appendReplacement(ByteString& text, std::string_view reference) {
 }  // namespace
 
 void appendDecoded(ByteString& text, std::string_view raw) {
-    size_t done = 0;
-    size_t semicolon = 0;
+    size_t appended = 0;   // how many bytes of raw are done with
+    size_t semicolon = 0;  // looked for again only once it has been passed, or a row of "&" would be quadratic
     size_t ampersand = raw.find('&');
     while (ampersand != std::string_view::npos) {
         if (semicolon <= ampersand) semicolon = raw.find(';', ampersand);
         if (semicolon == std::string_view::npos) break;
-        text.append(raw, done, ampersand - done);
-        done = ampersand;
+
+        text.append(raw, appended, ampersand - appended);
+        appended = ampersand;
         size_t resume = ampersand + 1;
-        const size_t length = text.size();
+        const size_t lengthBefore = text.size();
         if (appendReplacement(text, raw.substr(ampersand, semicolon + 1 - ampersand))) {
-            done = semicolon + 1;
-            resume = text.size() > length ? done : done + 1;
+            appended = semicolon + 1;
+            // The scan resumes behind the first byte of the replacement. Where that is empty, the byte after the
+            // reference counts as it: in "&#x200000;&lt;" the second "&" is passed over and stays. Keep.
+            resume = text.size() > lengthBefore ? appended : appended + 1;
         }
         ampersand = raw.find('&', resume);
     }
-    text.append(raw, done);
+    text.append(raw, appended);
 }
 
 }  // namespace velmora

@@ -1,7 +1,6 @@
 #include "xml/xml_node.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "xml/ascii_case.h"
 #include "xml/xml_parser.h"
@@ -9,21 +8,19 @@
 namespace velmora {
 namespace {
 
-constexpr char kSeparator = '/';
-
 const ByteString kNoText;
 
-// Takes the next name off the front of path, and the separator behind it. The search begins at the second byte, so a
-// separator right at the start is part of the name: "/a" asks for an element of just that name, and there is none. Keep.
-std::string_view takeName(std::string_view& path) {
-    const std::string_view name = path.substr(0, path.find(kSeparator, 1));
+// Takes the first name off path, and the "/" behind it. A "/" as the very first byte does not end the name but is part
+// of it: "/a" asks for an element of just that name, and there is none. Keep.
+std::string_view takeStep(std::string_view& path) {
+    const std::string_view name = path.substr(0, path.find('/', 1));
     path.remove_prefix(std::min(name.size() + 1, path.size()));
     return name;
 }
 
-// The first child of node that bears name; nullptr when there is none.
-const XmlNode* findChild(const XmlNode& node, std::string_view name) {
-    for (const XmlNode& child : node.children) {
+// The first child of element that bears the name; nullptr when there is none.
+const XmlNode* findChild(const XmlNode& element, std::string_view name) {
+    for (const XmlNode& child : element.children) {
         if (child.localName == name) return &child;
     }
     return nullptr;
@@ -31,22 +28,16 @@ const XmlNode* findChild(const XmlNode& node, std::string_view name) {
 
 }  // namespace
 
-XmlNode::XmlNode(const ByteString& document, bool casesensitive) : caseSensitive(casesensitive) {
+XmlNode::XmlNode(const ByteString& document, bool matchCase) : caseSensitive(matchCase) {
     parseDocument(document, *this);
 }
 
-// Left to themselves, the children would destroy theirs in a recursion as deep as the tree. Their lists are unhooked
-// here instead, so that every element goes without children.
+// Left to itself, a list of children would destroy each child with its own list, in a recursion as deep as the tree.
+// Here every child first hands its children up, so that it goes without any.
 XmlNode::~XmlNode() {
-    std::vector<std::vector<XmlNode>> unhooked;
-    std::vector<XmlNode> siblings = std::move(children);
-    for (;;) {
-        for (XmlNode& element : siblings) {
-            if (!element.children.empty()) unhooked.push_back(std::move(element.children));
-        }
-        if (unhooked.empty()) return;
-        siblings = std::move(unhooked.back());
-        unhooked.pop_back();
+    while (!children.empty()) {
+        children.splice(children.end(), children.front().children);
+        children.pop_front();
     }
 }
 
@@ -58,7 +49,7 @@ const ByteString& XmlNode::textAt(std::string_view path) const {
     }
     const XmlNode* element = this;
     do {
-        element = findChild(*element, takeName(path));
+        element = findChild(*element, takeStep(path));
         if (element == nullptr) return kNoText;
     } while (!path.empty());
     return element->text;

@@ -1,11 +1,12 @@
 #include "xml/xml_parser.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "xml/ascii_case.h"
 #include "xml/entities.h"
+#include "xml/scanner.h"
 #include "xml/xml_node.h"
 
 namespace velmora {
@@ -21,157 +22,141 @@ constexpr std::string_view kEndTagStart = "</";
 constexpr std::string_view kTagStart = "<";
 constexpr std::string_view kTagEnd = ">";
 constexpr std::string_view kEmptyTagEnd = "/>";
-constexpr std::string_view kWhitespace = " \t\r\n";
+constexpr std::string_view kEquals = "=";
 
-constexpr size_t kUsualDepth = 16;
+constexpr size_t kUsualDepth = 8;  // elements; deeper documents are read as well
 
-bool isNameStart(char byte) {
-    return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') || byte == ':' || byte == '_';
-}
+// An element whose content is being read.
+struct OpenElement {
+    XmlNode* node;
+    std::string_view name;  // as its start tag gives it
+};
 
-bool isNameByte(char byte) {
-    return isNameStart(byte) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
-}
-
-bool isWhitespace(char byte) {
-    return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
-}
-
-void splitName(std::string_view name, bool caseSensitive, ByteString& prefix, ByteString& localName) {
-    const size_t colon = name.find(':');
-    if (colon == std::string_view::npos) {
-        prefix.clear();
-        localName = name;
-    } else {
-        prefix = name.substr(0, colon);
-        localName = name.substr(colon + 1);
-    }
-    if (!caseSensitive) {
-        prefix = lowerCase(prefix);
-        localName = lowerCase(localName);
-    }
-}
-
+// Its functions are defined in place: the compiler makes one of them all and keeps the scanner in registers.
 class Parser {
 public:
-    explicit Parser(std::string_view document) : input(document) { open.reserve(kUsualDepth); }
+    Parser(std::string_view document, XmlNode& rootNode) : scanner(document), root(rootNode) {
+        open.reserve(kUsualDepth);
+    }
 
-    void readDocument(XmlNode& root) {
+    void readDocument() {
         for (;;) {
-            skipTo(kTagStart);
-            if (atEnd() || at(kEndTagStart)) return;
-            if (skip(kCommentStart, kCommentEnd) || skip(kInstructionStart, kInstructionEnd)) continue;
-            ++position;
-            if (readTag(&root)) readContent(root);
+            scanner.takeUpTo(kTagStart);
+            if (scanner.atEnd() || scanner.at(kEndTagStart)) return;
+            if (skipCommentOrInstruction()) continue;
+            readStartTag(root);
+            readContent();
         }
     }
 
 private:
-    bool atEnd() const { return position == input.size(); }
-    bool at(std::string_view token) const { return input.substr(position).starts_with(token); }
-    bool take(std::string_view token) {
-        if (!at(token)) return false;
-        position += token.size();
-        return true;
+    // Reads a start tag into element, which is open from then on unless the tag ends with "/>".
+    void readStartTag(XmlNode& element) {
+        scanner.take(kTagStart);
+        const std::string_view name = scanner.takeName();
+        setName(name, element.prefix, element.localName);
+        if (readAttributes(element.attributes)) open.push_back({&element, name});
     }
-    void skipTo(std::string_view token) { position = std::min(input.find(token, position), input.size()); }
-    std::string_view takeUpTo(std::string_view token) {
-        const size_t start = position;
-        skipTo(token);
-        return input.substr(start, position - start);
-    }
-    std::string_view takeThrough(std::string_view token) {
-        const std::string_view before = takeUpTo(token);
-        take(token);
-        return before;
-    }
-    bool skip(std::string_view start, std::string_view end) {
-        if (!take(start)) return false;
-        takeThrough(end);
-        return true;
-    }
-    std::string_view takeName() {
-        const size_t start = position;
-        if (!atEnd() && isNameStart(input[position])) {
-            do ++position;
-            while (!atEnd() && isNameByte(input[position]));
-        }
-        return input.substr(start, position - start);
-    }
-    void readContent(XmlNode& root) {
-        open.push_back(&root);
+
+    // Reads on until no element is open any more.
+    void readContent() {
         while (!open.empty()) {
-            XmlNode& element = *open.back();
-            const std::string_view run = takeUpTo(kTagStart);
-            if (open.size() > 1) appendDecoded(element.text, run);
-            if (atEnd()) {
-                for (XmlNode* node : open) node->text.clear();
-                open.clear();
-                return;
-            }
-            if (take(kEndTagStart)) {
-                readTag(nullptr);
-                open.pop_back();
-            } else if (take(kCdataStart)) {
-                const std::string_view cdata = takeThrough(kCdataEnd);
-                if (open.size() > 1) element.text += cdata;
-            } else if (!skip(kCommentStart, kCommentEnd) && !skip(kInstructionStart, kInstructionEnd)) {
-                ++position;
+            XmlNode& element = *open.back().node;
+            const bool keepsText = open.size() > 1;  // the root does not
+
+            const std::string_view run = scanner.takeUpTo(kTagStart);
+            if (keepsText) appendDecoded(element.text, run);
+            if (scanner.atEnd()) {
+                closeUnfinished();
+            } else if (scanner.take(kEndTagStart)) {
+                readEndTag();
+            } else if (scanner.take(kCdataStart)) {
+                const std::string_view cdata = scanner.takeThrough(kCdataEnd);
+                if (keepsText) element.text += cdata;
+            } else if (!skipCommentOrInstruction()) {
                 XmlNode& child = element.children.emplace_back();
-                child.caseSensitive = element.caseSensitive;
-                if (readTag(&child)) open.push_back(&child);
+                child.caseSensitive = root.caseSensitive;
+                readStartTag(child);
             }
         }
     }
 
-    bool readTag(XmlNode* element) {
-        const std::string_view name = takeName();
-        if (element) splitName(name, element->caseSensitive, element->prefix, element->localName);
+    // At the end of the document: only an element whose end tag has come has text. Keep.
+    void closeUnfinished() {
+        for (const OpenElement& unfinished : open) unfinished.node->text.clear();
+        open.clear();
+    }
+
+    // Closes the innermost open element, whatever the tag's name. The tag is read like a start tag, so one that is
+    // malformed takes the rest of the document with it; the element keeps its text then. Keep.
+    void readEndTag() {
+        scanner.skipName(open.back().name);
+        std::vector<XmlAttribute> ignored;
+        readAttributes(ignored);
+        open.pop_back();
+    }
+
+    // Reads a tag from behind its name to its end. False when that is "/>"; true when it is ">" or the document's end.
+    bool readAttributes(std::vector<XmlAttribute>& attributes) {
         for (;;) {
-            while (!atEnd() && isWhitespace(input[position])) ++position;
-            if (atEnd() || take(kTagEnd)) return true;
-            if (take(kEmptyTagEnd)) return false;
-            readAttribute(element);
+            scanner.skipWhitespace();
+            if (scanner.atEnd() || scanner.take(kTagEnd)) return true;
+            if (scanner.take(kEmptyTagEnd)) return false;
+            // There is no telling where a malformed tag was meant to end, and no attempt at it. Keep.
+            if (!readAttribute(attributes)) scanner.skipRest();
         }
     }
 
-    void readAttribute(XmlNode* element) {
-        const std::string_view name = takeName();
-        if (name.empty() || !take("=") || atEnd()) {
-            position = input.size();
-            return;
+    // Reads one attribute: a name, "=" with no space on either side, and a value. False when something else comes.
+    bool readAttribute(std::vector<XmlAttribute>& attributes) {
+        const std::string_view name = scanner.takeName();
+        if (name.empty() || !scanner.take(kEquals)) return false;
+        const std::optional<std::string_view> value = scanner.takeValue();
+        if (!value) return false;
+
+        XmlAttribute& attribute = attributes.emplace_back();
+        setName(name, attribute.prefix, attribute.localName);
+        appendDecoded(attribute.value, *value);
+        return true;
+    }
+
+    bool skipCommentOrInstruction() {
+        if (scanner.take(kCommentStart)) {
+            scanner.takeThrough(kCommentEnd);
+            return true;
         }
-        const char first = input[position];
-        size_t end;
-        size_t start;
-        if (first == '"' || first == '\'') {
-            start = position + 1;
-            end = input.find(first, start);
+        if (scanner.take(kInstructionStart)) {
+            scanner.takeThrough(kInstructionEnd);
+            return true;
+        }
+        return false;
+    }
+
+    // Splits name at its first ":".
+    void setName(std::string_view name, ByteString& prefix, ByteString& localName) const {
+        const size_t colon = name.find(':');
+        if (colon == std::string_view::npos) {
+            prefix.clear();
+            localName = name;
         } else {
-            start = position;
-            end = input.find_first_of(kWhitespace, start);
+            prefix = name.substr(0, colon);
+            localName = name.substr(colon + 1);
         }
-        if (end == std::string_view::npos) {
-            position = input.size();
-            return;
-        }
-        position = end + 1;
-        if (element) {
-            XmlAttribute& attribute = element->attributes.emplace_back();
-            splitName(name, element->caseSensitive, attribute.prefix, attribute.localName);
-            appendDecoded(attribute.value, input.substr(start, end - start));
+        if (!root.caseSensitive) {
+            prefix = lowerCase(prefix);
+            localName = lowerCase(localName);
         }
     }
 
-    std::string_view input;
-    size_t position = 0;
-    std::vector<XmlNode*> open;
+    Scanner scanner;
+    XmlNode& root;
+    std::vector<OpenElement> open;  // outermost first
 };
 
 }  // namespace
 
 void parseDocument(std::string_view document, XmlNode& root) {
-    Parser(document).readDocument(root);
+    Parser(document, root).readDocument();
 }
 
 }  // namespace velmora

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+namespace velmora {
+
+// The characters that XML tells apart, in ASCII. XML 1.0 has letters of every script in names; here a name ends at the
+// first byte of 0x80 or above. Keep.
+constexpr bool isWhitespace(char byte) {
+    return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
+}
+
+constexpr bool isNameStart(char byte) {
+    return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') || byte == ':' || byte == '_';
+}
+
+constexpr bool isNameByte(char byte) {
+    return isNameStart(byte) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
+}
+
+// A document that is read from front to back. What is taken is a view into the document, not a copy.
+class Scanner {
+public:
+    explicit Scanner(std::string_view document) : input(document) {}
+
+    bool atEnd() const { return position == input.size(); }
+    bool at(std::string_view token) const { return input.substr(position).starts_with(token); }
+
+    // Passes over token if it comes next, and tells whether it did.
+    bool take(std::string_view token) {
+        if (!at(token)) return false;
+        position += token.size();
+        return true;
+    }
+
+    // The bytes before the next token; without one, all the rest.
+    std::string_view takeUpTo(std::string_view token) {
+        const size_t start = position;
+        position = std::min(input.find(token, start), input.size());
+        return input.substr(start, position - start);
+    }
+
+    // Likewise, and passes over the token.
+    std::string_view takeThrough(std::string_view token) {
+        const std::string_view before = takeUpTo(token);
+        take(token);
+        return before;
+    }
+
+    // The name that comes next; empty when none does.
+    std::string_view takeName() {
+        const size_t start = position;
+        if (!atEnd() && isNameStart(input[start])) skipNameBytes();
+        return input.substr(start, position - start);
+    }
+
+    // Passes over the name that comes next. When it begins with likely, a name taken before, those bytes need not be
+    // looked at one by one.
+    void skipName(std::string_view likely) {
+        if (!likely.empty() && take(likely)) {
+            skipNameBytes();
+        } else {
+            takeName();
+        }
+    }
+
+    // The value that comes next: between two equal quotes, single or double, or else up to a whitespace byte. Passes
+    // over what ended it. None when nothing does, or when the document is at its end.
+    std::optional<std::string_view> takeValue() {
+        if (atEnd()) return {};
+        const char quote = input[position];
+        const bool quoted = quote == '"' || quote == '\'';
+        const size_t start = quoted ? position + 1 : position;
+        const size_t end = quoted ? input.find(quote, start) : input.find_first_of(" \t\r\n", start);
+        if (end == std::string_view::npos) return {};
+        position = end + 1;
+        return input.substr(start, end - start);
+    }
+
+    void skipWhitespace() {
+        while (!atEnd() && isWhitespace(input[position])) ++position;
+    }
+
+    void skipRest() { position = input.size(); }
+
+private:
+    // As a table, for about half of a CSTA message is names.
+    static constexpr std::array<bool, 256> kNameBytes = [] {
+        std::array<bool, 256> table{};
+        for (size_t byte = 0; byte < table.size(); ++byte) table[byte] = isNameByte(static_cast<char>(byte));
+        return table;
+    }();
+
+    void skipNameBytes() {
+        while (!atEnd() && kNameBytes[static_cast<unsigned char>(input[position])]) ++position;
+    }
+
+    std::string_view input;
+    size_t position = 0;  // in input, of the next byte
+};
+
+}  // namespace velmora
