@@ -1,0 +1,27 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "tools/velmoractl/command_line.h"
+#include "tools/velmoractl/exit_codes.h"
+
+namespace velmora::ctl {
+
+// One command of velmoractl. Each lives in a file of its own; main.cpp lists them.
+struct Command {
+    std::string_view name;
+    std::string_view summary;  // one line for the list of commands
+    std::string_view help;     // the whole help text
+    std::span<const OptionRule> options;
+    ExitCode (*run)(const Arguments& arguments);
+};
+
+extern const Command kDialCommand;
+extern const Command kCapsCommand;
+extern const Command kConfigCommand;
+
+// Says what is wrong with the command line, and where help is to be found.
+ExitCode UsageError(std::string_view command, std::string_view problem);
+
+}  // namespace velmora::ctl

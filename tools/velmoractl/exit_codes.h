@@ -1,0 +1,20 @@
+#pragma once
+
+namespace velmora::ctl {
+
+// What velmoractl returns to its caller, one number for each outcome that a script may want to tell apart.
+enum class ExitCode {
+    kDone = 0,
+    kFailed = 1,           // a provider call returned an error that has no number of its own
+    kUsage = 2,            // the command line is wrong
+    kNotLoaded = 3,        // the provider cannot be loaded
+    kBadSettings = 4,      // a setting is wrong, or a value for one was refused
+    kNoConnection = 5,     // the PBX cannot be reached
+    kNoLogin = 6,          // the PBX refused the login, or did not answer it
+    kCallRefused = 7,      // the PBX or the provider refused the call
+    kCallNotAnswered = 8,  // the PBX did not answer the call request
+    kNotVisible = 9,       // the trace log could not be read, so the outcome is not known
+    kRegistry = 10,        // the registry cannot be written
+};
+
+}  // namespace velmora::ctl
