@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "csta/framing.h"
-#include "tests/tools/pbxsim/child_process.h"
+#include "tests/support/child_process.h"
 #include "tests/tools/pbxsim/requests.h"
 #include "tools/pbxsim/sockets.h"
 #include "xml/xml_node.h"

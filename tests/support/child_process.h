@@ -6,15 +6,15 @@
 
 #include "config/byte_string.h"
 
-namespace velmora::pbxsim {
+namespace velmora {
 
 // A program under test, started from this program's own folder, with what it prints (to both outputs) in a pipe. It
 // ends with this object at the latest, and with this process however that ends.
 class ChildProcess {
 public:
-    // arguments follow the program's name on its command line as they are. A program that cannot be started prints
-    // nothing and has no exit code.
-    ChildProcess(const ByteString& program, const ByteString& arguments);
+    // arguments follow the program's name on its command line as they are; input (at most 4096 bytes) is all that it
+    // finds on its standard input. A program that cannot be started prints nothing and has no exit code.
+    ChildProcess(const ByteString& program, const ByteString& arguments, const ByteString& input = {});
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
@@ -35,4 +35,4 @@ private:
     ByteString unread;  // printed, but not yet given out
 };
 
-}  // namespace velmora::pbxsim
+}  // namespace velmora

@@ -1,6 +1,6 @@
-#include "tests/tools/pbxsim/child_process.h"
+#include "tests/support/child_process.h"
 
-namespace velmora::pbxsim {
+namespace velmora {
 namespace {
 
 constexpr DWORD kDeadlineMs = 30000;
@@ -16,22 +16,31 @@ ByteString OwnFolder() {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const ByteString& program, const ByteString& arguments) {
+ChildProcess::ChildProcess(const ByteString& program, const ByteString& arguments, const ByteString& input) {
     job = CreateJobObjectW(nullptr, nullptr);
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
 
     SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    HANDLE input = nullptr;
-    CreatePipe(&output, &input, &inherited, kPipeBytes);
+    HANDLE printEnd = nullptr;
+    CreatePipe(&output, &printEnd, &inherited, kPipeBytes);
     SetHandleInformation(output, HANDLE_FLAG_INHERIT, 0);
+
+    HANDLE readEnd = nullptr;
+    HANDLE writeEnd = nullptr;
+    CreatePipe(&readEnd, &writeEnd, &inherited, kPipeBytes);
+    SetHandleInformation(writeEnd, HANDLE_FLAG_INHERIT, 0);
+    DWORD written = 0;
+    WriteFile(writeEnd, input.data(), static_cast<DWORD>(input.size()), &written, nullptr);
+    CloseHandle(writeEnd);
 
     STARTUPINFOA startup{};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = input;
-    startup.hStdError = input;
+    startup.hStdInput = readEnd;
+    startup.hStdOutput = printEnd;
+    startup.hStdError = printEnd;
     PROCESS_INFORMATION started{};
     ByteString commandLine = "\"" + OwnFolder() + program + "\" " + arguments;
     if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr, nullptr,
@@ -41,7 +50,8 @@ ChildProcess::ChildProcess(const ByteString& program, const ByteString& argument
         ResumeThread(started.hThread);
         CloseHandle(started.hThread);
     }
-    CloseHandle(input);
+    CloseHandle(readEnd);
+    CloseHandle(printEnd);
 }
 
 ChildProcess::~ChildProcess() {
@@ -90,4 +100,4 @@ std::optional<DWORD> ChildProcess::ExitCode() {
     return exitCode;
 }
 
-}  // namespace velmora::pbxsim
+}  // namespace velmora
