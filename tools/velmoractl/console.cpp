@@ -88,12 +88,13 @@ private:
 
 bool ReadTypedSecret(std::string_view prompt, ByteString& secret) {
     // The prompt belongs to the person, not into a file that takes the output.
-    PrintErrorLine(prompt);
+    Write(STD_ERROR_HANDLE, stderr, prompt);
     std::wstring typed(kSecretMaxUnits, L'\0');
     DWORD units = 0;
     const QuietInput quiet;
     const BOOL done =
         ReadConsoleW(GetStdHandle(STD_INPUT_HANDLE), typed.data(), static_cast<DWORD>(typed.size()), &units, nullptr);
+    PrintErrorLine("");  // the Enter was not shown either
     if (done == 0 || units == 0) return false;
     typed.resize(units);
     typed.erase(typed.find_last_not_of(L"\r\n") + 1);
