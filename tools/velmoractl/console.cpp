@@ -66,8 +66,9 @@ void Write(DWORD handle, std::FILE* stream, std::string_view text) {
         WriteConsoleW(GetStdHandle(handle), wide.data(), static_cast<DWORD>(wide.size()), nullptr, nullptr);
         return;
     }
-    std::fwrite(text.data(), 1, text.size(), stream);
-    std::fflush(stream);
+    // Nobody could be told that this failed.
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stream));
+    static_cast<void>(std::fflush(stream));
 }
 
 // Turns the echo of typed characters off for its lifetime.

@@ -111,7 +111,9 @@ private:
                             Printable(facts.peer) + (facts.encrypted ? ", encrypted" : ", not encrypted") + "\n");
         const bool done = Start() && LogIn() && PlaceCall() && session.CloseLine();
         const bool closed = session.Shutdown();
-        if (Interrupted() && !facts.callPlaced) return {ExitCode::kFailed, "FAILED: interrupted before the call.", {}};
+        if (Interrupted() && !Answered()) {
+            return {ExitCode::kFailed, "FAILED: interrupted before the PBX had answered the call.", {}};
+        }
         if (!stopped && !(done && closed)) return session.Failure();
         return JudgeCall(facts, session.Exchange());
     }
@@ -184,7 +186,7 @@ private:
     bool AwaitClosing() {
         const PbxExchange& exchange = session.Exchange();
         if (!exchange.call.Granted()) return true;
-        session.WaitUntil([&] { return exchange.clear.Settled(); }, TimeoutMs());
+        session.WaitUntil([&] { return exchange.clear.Settled(); }, TimeoutMs(), ProviderSession::Patience::kInAnyCase);
         if (exchange.clear.Granted()) {
             transcript.Ok("Call closed");
         } else {
@@ -192,6 +194,9 @@ private:
         }
         return true;
     }
+
+    // Whether there is something to judge: the answer to the call, or a call whose answer cannot be seen.
+    bool Answered() const { return facts.logVisible ? session.Exchange().call.Settled() : facts.callPlaced; }
 
     bool Stop() {
         stopped = true;

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <vector>
 
 #include "tools/velmoractl/commands.h"
@@ -29,8 +28,10 @@ void PrintHelp() {
 }
 
 const Command* FindCommand(std::string_view name) {
-    const auto found = std::ranges::find(kCommands, name, &Command::name);
-    return found == std::end(kCommands) ? nullptr : *found;
+    for (const Command* command : kCommands) {
+        if (command->name == name) return command;
+    }
+    return nullptr;
 }
 
 ExitCode RunCommand(const Command& command, std::span<const ByteString> words) {

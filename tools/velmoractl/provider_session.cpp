@@ -67,6 +67,16 @@ bool IsRefusal(const XmlNode& message) {
            message.localName.ends_with("NegResponse");
 }
 
+// The provider names neither the setting nor its text, so they are looked for here.
+Verdict ExceptionVerdict(const ByteString& entryPoint, const ByteString& thrown) {
+    for (const FaultySetting& faulty : FindFaultySettings()) {
+        if (!faulty.stopsLoading) continue;
+        return {ExitCode::kBadSettings, "FAILED: a setting is wrong: " + faulty.sentence,
+                "Mend it with: " + FixCommand(*faulty.rule)};
+    }
+    return {ExitCode::kFailed, "FAILED: " + entryPoint + " threw \"" + thrown + "\".", {}};
+}
+
 }  // namespace
 
 bool ProviderSession::Load(const ByteString& path) {
@@ -160,7 +170,7 @@ bool ProviderSession::ReadAddressCaps(ByteString& bytes) {
 
 bool ProviderSession::OpenLine() {
     // The handles are TAPI's own names for line and call; the provider only keeps them.
-    const auto tapiLine = reinterpret_cast<HTAPILINE>(this);
+    const auto* const tapiLine = reinterpret_cast<HTAPILINE>(this);
     const ProviderResult opened =
         CallProvider([&] { return provider.lineOpen(kLineDeviceId, tapiLine, &line, version, TakeLineEvent); });
     if (!Check("TSPI_lineOpen", opened)) return false;
@@ -172,7 +182,7 @@ bool ProviderSession::OpenLine() {
 }
 
 bool ProviderSession::MakeCall(const ByteString& dialled, int32_t& code) {
-    const auto tapiCall = reinterpret_cast<HTAPICALL>(this);
+    const auto* const tapiCall = reinterpret_cast<HTAPICALL>(this);
     const std::wstring number = Widened(dialled);
     const ProviderResult result = CallProvider(
         [&] { return provider.lineMakeCall(kRequestId, line, tapiCall, &call, number.c_str(), kNoCountry, nullptr); });
@@ -211,12 +221,13 @@ bool ProviderSession::Shutdown() {
     return true;
 }
 
-bool ProviderSession::WaitUntil(const std::function<bool()>& done, uint64_t timeoutMs) {
+bool ProviderSession::WaitUntil(const std::function<bool()>& done, uint64_t timeoutMs, Patience patience) {
     const uint64_t endMs = transcript.NowMs() + timeoutMs;
     while (true) {
         ShowLog();
         if (done()) return true;
-        if (transcript.NowMs() >= endMs || Interrupted()) return false;
+        if (transcript.NowMs() >= endMs) return false;
+        if (patience == Patience::kInterruptible && Interrupted()) return false;
         Sleep(kLookMs);
     }
 }
@@ -231,16 +242,6 @@ bool ProviderSession::Check(const ByteString& entryPoint, const ProviderResult& 
         failure = {ExitCode::kFailed, "FAILED: " + entryPoint + " returned " + ResultText(result.code) + ".", {}};
     }
     return false;
-}
-
-// The provider names neither the setting nor its text, so they are looked for here.
-Verdict ProviderSession::ExceptionVerdict(const ByteString& entryPoint, const ByteString& thrown) const {
-    for (const FaultySetting& faulty : FindFaultySettings()) {
-        if (!faulty.stopsLoading) continue;
-        return {ExitCode::kBadSettings, "FAILED: a setting is wrong: " + faulty.sentence,
-                "Mend it with: " + FixCommand(*faulty.rule)};
-    }
-    return {ExitCode::kFailed, "FAILED: " + entryPoint + " threw \"" + thrown + "\".", {}};
 }
 
 void ProviderSession::ShowLog(bool ended) {

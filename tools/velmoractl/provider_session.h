@@ -40,7 +40,9 @@ public:
     bool Shutdown();
 
     // Shows what has come in until done gives true (then true), timeoutMs are over or Ctrl+C was pressed (then false).
-    bool WaitUntil(const std::function<bool()>& done, uint64_t timeoutMs);
+    // What has to be waited for in any case is not cut short by Ctrl+C.
+    enum class Patience { kInterruptible, kInAnyCase };
+    bool WaitUntil(const std::function<bool()>& done, uint64_t timeoutMs, Patience patience = Patience::kInterruptible);
 
     bool LogVisible() const { return logVisible; }
     bool ConnectionFailed() const { return connectionFailed; }
@@ -49,7 +51,6 @@ public:
 
 private:
     bool Check(const ByteString& entryPoint, const ProviderResult& result);
-    Verdict ExceptionVerdict(const ByteString& entryPoint, const ByteString& thrown) const;
     void ShowLog(bool ended = false);
     void ShowRecord(const LogRecord& record);
     void ShowMessage(const CstaRecord& message, uint64_t atMs);

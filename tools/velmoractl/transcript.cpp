@@ -58,7 +58,7 @@ void Transcript::Message(const CstaRecord& message, const XmlNode& tree, uint64_
     for (const ByteString& line : LayOutXml(message.xml)) Print(kXmlIndent + Printable(line) + "\n");
 }
 
-void Transcript::End(const Verdict& verdict) {
+void Transcript::End(const Verdict& verdict) const {
     if (!empty) Print("\n");
     if (!verdict.advice.empty()) Print(verdict.advice + "\n");
     Print(verdict.sentence + "\n", verdict.code == ExitCode::kDone ? Ink::kGood : Ink::kBad);

@@ -31,7 +31,7 @@ public:
     void Message(const CstaRecord& message, const XmlNode& tree, uint64_t atMs, bool withXml);
 
     // The advice, and the verdict as the last line.
-    void End(const Verdict& verdict);
+    void End(const Verdict& verdict) const;
 
 private:
     void Line(uint64_t atMs, std::string_view mark, std::string_view text, Ink ink);

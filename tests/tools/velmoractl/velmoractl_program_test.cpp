@@ -77,11 +77,12 @@ public:
 private:
     static void Allow(const char* accessList) {
         HKEY key = nullptr;
+        const bool opened =
+            RegOpenKeyExA(HKEY_LOCAL_MACHINE, kRegistryPath, 0, READ_CONTROL | WRITE_DAC, &key) == ERROR_SUCCESS;
         PSECURITY_DESCRIPTOR descriptor = nullptr;
-        EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, kRegistryPath, 0, READ_CONTROL | WRITE_DAC, &key), ERROR_SUCCESS);
-        EXPECT_NE(
-            ConvertStringSecurityDescriptorToSecurityDescriptorA(accessList, SDDL_REVISION_1, &descriptor, nullptr), 0);
-        EXPECT_EQ(RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, descriptor), ERROR_SUCCESS);
+        ConvertStringSecurityDescriptorToSecurityDescriptorA(accessList, SDDL_REVISION_1, &descriptor, nullptr);
+        const bool done = opened && RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, descriptor) == ERROR_SUCCESS;
+        EXPECT_TRUE(done);
         LocalFree(descriptor);
         RegCloseKey(key);
     }
