@@ -107,7 +107,7 @@ public:
 private:
     Verdict Judge() {
         if (const std::optional<Verdict> missing = CheckSettings()) return *missing;
-        transcript.Headline("Calling " + facts.number + " as " + Printable(facts.device) + " over the PBX at " +
+        transcript.Headline("Calling " + facts.number + " as " + Printable(facts.device) + " through the PBX at " +
                             Printable(facts.peer) + (facts.encrypted ? ", encrypted" : ", not encrypted") + "\n");
         const bool done = Start() && LogIn() && PlaceCall() && session.CloseLine();
         const bool closed = session.Shutdown();

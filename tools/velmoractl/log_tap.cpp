@@ -6,7 +6,7 @@ namespace velmora::ctl {
 namespace {
 
 constexpr char kPathStart[] = R"(\\.\pipe\velmoractl-log-)";
-constexpr DWORD kPipeBytes = 65536;
+constexpr DWORD kPipeBytes = 1048576;
 
 }  // namespace
 

@@ -23,8 +23,8 @@ public:
     // What to set as the log's path.
     const ByteString& Path() const { return path; }
 
-    // What the provider has written since the last call; does not wait. The pipe holds some 64 KiB; with more unread,
-    // the provider waits, so this is to be called often.
+    // What the provider has written since the last call; does not wait. The pipe holds 1 MiB; with more unread, the
+    // provider waits, so this is to be called often.
     ByteString Read();
 
 private:

@@ -60,8 +60,8 @@ void Transcript::Message(const CstaRecord& message, const XmlNode& tree, uint64_
 
 void Transcript::End(const Verdict& verdict) const {
     if (!empty) Print("\n");
-    if (!verdict.advice.empty()) Print(verdict.advice + "\n");
-    Print(verdict.sentence + "\n", verdict.code == ExitCode::kDone ? Ink::kGood : Ink::kBad);
+    if (!verdict.advice.empty()) Print(Printable(verdict.advice) + "\n");
+    Print(Printable(verdict.sentence) + "\n", verdict.code == ExitCode::kDone ? Ink::kGood : Ink::kBad);
 }
 
 void Transcript::Line(uint64_t atMs, std::string_view mark, std::string_view text, Ink ink) {

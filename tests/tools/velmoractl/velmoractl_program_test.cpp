@@ -65,6 +65,13 @@ std::optional<ByteString> Stored(const ByteString& name) {
     return value.bytes.substr(0, value.bytes.find('\0'));
 }
 
+// The type that a setting is stored with; REG_NONE when it is not stored.
+DWORD StoredType(const char* name) {
+    DWORD type = REG_NONE;
+    RegGetValueA(HKEY_LOCAL_MACHINE, kRegistryPath, name, RRF_RT_ANY | RRF_NOEXPAND, &type, nullptr, nullptr);
+    return type;
+}
+
 // The provider's key as a user without administrator rights finds it: there to be read. Open for writing again at the
 // end.
 class ReadOnlyKey {
@@ -186,11 +193,12 @@ TEST_F(DialTest, ShowsMessagesInFullWhenAsked) {
 }
 
 TEST_F(DialTest, LeavesTheSettingsOfTheLogAsTheyWere) {
-    // REG_EXPAND_SZ, and a text that is no number, only to see that type and bytes come back.
-    registry.SetRaw("logfile", 2, ByteString("%TEMP%\\velmora.log\0", 19));
+    // Neither is what velmoractl would store itself.
+    registry.SetRaw("logfile", REG_EXPAND_SZ, ByteString("%TEMP%\\velmora.log\0", 19));
     registry.Set("loglevel", "3 levels");
     EXPECT_EQ(DialOver("", "--hold 0").exitCode, 0U);
     EXPECT_EQ(Stored("logfile"), "%TEMP%\\velmora.log");
+    EXPECT_EQ(StoredType("logfile"), DWORD{REG_EXPAND_SZ});
     EXPECT_EQ(Stored("loglevel"), "3 levels");
     EXPECT_EQ(Stored("loglength"), std::nullopt);
 }
@@ -384,6 +392,7 @@ TEST_F(ConfigTest, StoresAndPrintsEverySetting) {
         const Ended ended = RunCtl(ByteString("config set ") + name + " " + value);
         EXPECT_EQ(ended.exitCode, 0U) << name;
         EXPECT_EQ(ended.lines, (Lines{ByteString(name) + " = " + stored}));
+        EXPECT_EQ(StoredType(name), DWORD{REG_SZ});
         EXPECT_EQ(Stored(name), stored);
         EXPECT_EQ(RunCtl(ByteString("config get ") + name).lines, (Lines{stored}));
     }
