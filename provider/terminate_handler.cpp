@@ -6,11 +6,11 @@
 
 namespace __gnu_cxx {
 
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the library's name
+// NOLINTBEGIN(bugprone-reserved-identifier): the library's name
 void __verbose_terminate_handler();
 void __verbose_terminate_handler() {
     std::abort();
 }
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// NOLINTEND(bugprone-reserved-identifier)
 
 }  // namespace __gnu_cxx
