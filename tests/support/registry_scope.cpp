@@ -9,13 +9,17 @@ namespace {
 constexpr char kParentPath[] = R"(SOFTWARE\velmora)";
 constexpr char kKeyPath[] = R"(SOFTWARE\velmora\tapi)";
 
+bool IsDone(LSTATUS status) {
+    return status == ERROR_SUCCESS;
+}
+
 // The key, open for writing for the length of one operation.
 class OpenKey {
 public:
     OpenKey() {
-        EXPECT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, kKeyPath, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS,
-                                  nullptr, &key, nullptr),
-                  ERROR_SUCCESS);
+        const bool done = IsDone(RegCreateKeyExA(HKEY_LOCAL_MACHINE, kKeyPath, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                                 KEY_ALL_ACCESS, nullptr, &key, nullptr));
+        EXPECT_TRUE(done);
     }
     ~OpenKey() { RegCloseKey(key); }
     OpenKey(const OpenKey&) = delete;
@@ -26,6 +30,7 @@ public:
 
 }  // namespace
 
+// NOLINTBEGIN(readability-convert-member-functions-to-static): what they change lasts as long as their object.
 RegistryScope::RegistryScope() {
     RemoveKey();
 }
@@ -42,7 +47,7 @@ void RegistryScope::RemoveKey() {
     RegDeleteKeyA(HKEY_LOCAL_MACHINE, kKeyPath);
     RegDeleteKeyA(HKEY_LOCAL_MACHINE, kParentPath);
     HKEY key = nullptr;
-    EXPECT_NE(RegOpenKeyExA(HKEY_LOCAL_MACHINE, kKeyPath, 0, KEY_QUERY_VALUE, &key), ERROR_SUCCESS);
+    EXPECT_FALSE(IsDone(RegOpenKeyExA(HKEY_LOCAL_MACHINE, kKeyPath, 0, KEY_QUERY_VALUE, &key)));
 }
 
 void RegistryScope::Set(const std::string& name, const std::string& text) {
@@ -51,9 +56,8 @@ void RegistryScope::Set(const std::string& name, const std::string& text) {
 
 void RegistryScope::SetRaw(const std::string& name, uint32_t type, const std::string& bytes) {
     const OpenKey open;
-    EXPECT_EQ(RegSetValueExA(open.key, name.c_str(), 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
-                             static_cast<DWORD>(bytes.size())),
-              ERROR_SUCCESS);
+    EXPECT_TRUE(IsDone(RegSetValueExA(open.key, name.c_str(), 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
+                                      static_cast<DWORD>(bytes.size()))));
 }
 
 void RegistryScope::SetUnterminated(const std::string& name, const std::string& text) {
@@ -61,14 +65,19 @@ void RegistryScope::SetUnterminated(const std::string& name, const std::string& 
     const std::wstring units = std::wstring(text.begin(), text.end()) + L'?';
     const std::wstring wideName(name.begin(), name.end());
     const OpenKey open;
-    EXPECT_EQ(RegSetValueExW(open.key, wideName.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(units.data()),
-                             static_cast<DWORD>(text.size() * sizeof(wchar_t))),
-              ERROR_SUCCESS);
+    EXPECT_TRUE(
+        IsDone(RegSetValueExW(open.key, wideName.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(units.data()),
+                              static_cast<DWORD>(text.size() * sizeof(wchar_t)))));
 }
 
 void RegistryScope::RemoveValue(const std::string& name) {
     const OpenKey open;
-    EXPECT_EQ(RegDeleteValueA(open.key, name.c_str()), ERROR_SUCCESS);
+    EXPECT_TRUE(IsDone(RegDeleteValueA(open.key, name.c_str())));
 }
+
+bool RegistryScope::HasValue(const std::string& name) const {
+    return IsDone(RegGetValueA(HKEY_LOCAL_MACHINE, kKeyPath, name.c_str(), RRF_RT_ANY, nullptr, nullptr, nullptr));
+}
+// NOLINTEND(readability-convert-member-functions-to-static)
 
 }  // namespace velmora

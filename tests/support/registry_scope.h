@@ -30,6 +30,7 @@ public:
     void SetUnterminated(const std::string& name, const std::string& text);
 
     void RemoveValue(const std::string& name);
+    bool HasValue(const std::string& name) const;
 };
 
 }  // namespace velmora

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+// A 64-bit program or library as a file in the PE format (Microsoft's "PE Format" page), read byte for byte: what the
+// system's loader would make of it, without loading it.
+class PeImage {
+public:
+    // Reads the file. The test fails when it is not one.
+    explicit PeImage(const std::string& path);
+
+    bool IsLibraryFor64Bit() const;
+
+    // The flags IMAGE_DLLCHARACTERISTICS_... of the optional header.
+    uint16_t DllCharacteristics() const;
+
+    // It can be loaded at any address.
+    bool HasRelocations() const;
+
+    // Symbol table, debug directory or DWARF sections: any of what a release leaves out.
+    bool HasDebugSymbols() const;
+
+    // Exported names with the relative address of each.
+    std::map<std::string, uint32_t> Exports() const;
+
+    // How many addresses the export table holds; those beyond the names are exported by ordinal alone.
+    size_t ExportedAddresses() const;
+
+    // The libraries it is linked to, in upper case.
+    std::vector<std::string> Imports() const;
+
+private:
+    template <typename Structure>
+    Structure Read(size_t fileOffset) const;
+    template <typename Structure>
+    Structure ReadAt(uint32_t relativeAddress) const;
+    std::string TextAt(uint32_t relativeAddress) const;
+    size_t FileOffset(uint32_t relativeAddress) const;
+    size_t HeaderOffset() const;
+
+    std::string bytes;
+};
+
+}  // namespace velmora
