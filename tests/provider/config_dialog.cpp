@@ -83,6 +83,11 @@ void OpenDialog::ExpectFields(const StoredTexts& values) const {
     EXPECT_EQ(window.IsChecked(kAutomatic), values.at("autooriginate") == "1");
 }
 
+LRESULT OpenDialog::Answer(UINT message, WPARAM wParam) const {
+    const auto procedure = std::bit_cast<WNDPROC>(GetWindowLongPtrW(window.Handle(), DWLP_DLGPROC));
+    return CallWindowProcW(procedure, window.Handle(), message, wParam, 0);
+}
+
 void OpenDialog::ExpectReturn() {
     EXPECT_TRUE(thread.EndsWithin(kPatienceMs)) << "the dialog does not close";
     EXPECT_EQ(result, 0);

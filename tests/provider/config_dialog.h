@@ -57,6 +57,9 @@ public:
     void SetFields(const StoredTexts& values) const;
     void ExpectFields(const StoredTexts& values) const;
 
+    // What the dialog's own procedure answers to a message, called on this thread.
+    LRESULT Answer(UINT message, WPARAM wParam) const;
+
     // Waits for the entry point to return, which it does with 0.
     void ExpectReturn();
 

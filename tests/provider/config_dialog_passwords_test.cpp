@@ -102,7 +102,7 @@ TEST_F(ConfigDialogTest, AsksForTheForegroundAndNothingElseOfItsMessageBox) {
     HookImport(provider.module, "user32.dll", "MessageBoxA", RecordMessageBox);
     OpenDialog dialog(providerConfig);
     dialog->SetText(kPassword, "abc");
-    SendMessageA(dialog->Handle(), WM_COMMAND, kOk, 0);
+    EXPECT_EQ(dialog.Answer(WM_COMMAND, kOk), FALSE);
     ASSERT_EQ(messageBoxCalls.size(), 1U);
     EXPECT_EQ(messageBoxCalls[0].owner, nullptr);
     EXPECT_EQ(messageBoxCalls[0].text, "The passwords do not match!");

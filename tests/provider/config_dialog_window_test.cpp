@@ -1,5 +1,4 @@
 #include <atomic>
-#include <bit>
 #include <string>
 #include <vector>
 
@@ -81,25 +80,19 @@ TEST_F(ConfigDialogTest, IgnoresACommandThatIsMoreThanTheIdOfAButton) {
     EXPECT_EQ(StoredValues(), kEntered);
 }
 
-// What the dialog's own procedure answers to a message.
-LRESULT Answer(const OpenDialog& dialog, UINT message, WPARAM wParam) {
-    const auto procedure = std::bit_cast<WNDPROC>(GetWindowLongPtrW(dialog->Handle(), DWLP_DLGPROC));
-    return CallWindowProcW(procedure, dialog->Handle(), message, wParam, 0);
-}
-
 TEST_F(ConfigDialogTest, AnswersTrueOnlyToItsStartAndToOk) {
     {
         OpenDialog dialog(providerConfig);
-        EXPECT_EQ(Answer(dialog, WM_INITDIALOG, 0), TRUE);
+        EXPECT_EQ(dialog.Answer(WM_INITDIALOG, 0), TRUE);
         const UINT others[] = {WM_NULL,       WM_CLOSE,      WM_DESTROY, WM_PAINT,
                                WM_ERASEBKGND, WM_SYSCOMMAND, WM_KEYDOWN, WM_USER};
-        for (UINT message : others) EXPECT_EQ(Answer(dialog, message, kOk), FALSE) << message;
-        EXPECT_EQ(Answer(dialog, WM_COMMAND, kEncrypt), FALSE);
+        for (UINT message : others) EXPECT_EQ(dialog.Answer(message, kOk), FALSE) << message;
+        EXPECT_EQ(dialog.Answer(WM_COMMAND, kEncrypt), FALSE);
         EXPECT_TRUE(dialog->IsOpen());
-        EXPECT_EQ(Answer(dialog, WM_COMMAND, kOk), TRUE);
+        EXPECT_EQ(dialog.Answer(WM_COMMAND, kOk), TRUE);
     }
     OpenDialog dialog(providerConfig);
-    EXPECT_EQ(Answer(dialog, WM_COMMAND, kCancel), FALSE);
+    EXPECT_EQ(dialog.Answer(WM_COMMAND, kCancel), FALSE);
 }
 
 TEST_F(ConfigDialogTest, DisablesItsOwnerUntilItCloses) {

@@ -8,7 +8,6 @@
 // Shows the configuration dialog of the velmora.tsp in the folder of this program, until somebody closes it. For
 // scripts/dialog-picture.
 int main() {
-    SetDllDirectoryW(L"");
     const HMODULE provider = LoadLibraryW(L"velmora.tsp");
     if (provider == nullptr) {
         std::fprintf(stderr, "velmora.tsp does not load: error %lu\n", GetLastError());
