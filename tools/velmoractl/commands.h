@@ -20,6 +20,7 @@ struct Command {
 extern const Command kDialCommand;
 extern const Command kCapsCommand;
 extern const Command kConfigCommand;
+extern const Command kConfigureCommand;
 
 // Says what is wrong with the command line, and where help is to be found.
 ExitCode UsageError(std::string_view command, std::string_view problem);

@@ -8,7 +8,7 @@
 namespace velmora::ctl {
 namespace {
 
-const Command* const kCommands[] = {&kDialCommand, &kCapsCommand, &kConfigCommand};
+const Command* const kCommands[] = {&kDialCommand, &kCapsCommand, &kConfigCommand, &kConfigureCommand};
 
 constexpr size_t kNameWidth = 10;
 

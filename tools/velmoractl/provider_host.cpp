@@ -72,6 +72,7 @@ ByteString ProviderHost::Load(const ByteString& path) {
     Find(library, "TSPI_lineMakeCall", lineMakeCall, missing);
     Find(library, "TSPI_lineCloseCall", lineCloseCall, missing);
     Find(library, "TSPI_lineClose", lineClose, missing);
+    Find(library, "TUISPI_providerConfig", providerConfig, missing);
     return missing.empty() ? ByteString() : fullPath + " is not the provider: it has no entry point " + missing + ".";
 }
 

@@ -28,6 +28,7 @@ struct ProviderHost {
     decltype(&TSPI_lineMakeCall) lineMakeCall = nullptr;
     decltype(&TSPI_lineCloseCall) lineCloseCall = nullptr;
     decltype(&TSPI_lineClose) lineClose = nullptr;
+    decltype(&TUISPI_providerConfig) providerConfig = nullptr;
 };
 
 // What a call into the provider gave: TAPI's code, or the text of an exception. The provider lets those of the standard
