@@ -224,5 +224,33 @@ TEST_F(ConfigDialogTest, RaisesAnErrorForAPortThatIsNoNumberBeforeAnythingIsSave
     }
 }
 
+struct FieldRead {
+    int control;
+    int bufferBytes;
+
+    bool operator==(const FieldRead&) const = default;
+};
+
+std::vector<FieldRead> fieldsRead;
+
+UINT WINAPI RecordFieldRead(HWND dialog, int control, LPSTR text, int bufferBytes) {
+    fieldsRead.push_back({control, bufferBytes});
+    return GetDlgItemTextA(dialog, control, text, bufferBytes);
+}
+
+// Of the texts in memory a host can see the user name alone; that the others have their turn before the port shows in
+// the order in which the fields are read.
+TEST_F(ConfigDialogTest, TakesEveryTextOverBeforeThePort) {
+    HookImport(provider.module, "user32.dll", "GetDlgItemTextA", RecordFieldRead);
+    OpenDialog dialog(providerConfig);
+    dialog->SetText(kPort, "");
+    dialog->Click(kOk);
+    EXPECT_EQ(dialog.WaitForError(), "invalid_argument: invalid stoi argument");
+    EXPECT_EQ(
+        fieldsRead,
+        (std::vector<FieldRead>{
+            {kPassword, 256}, {kPasswordAgain, 256}, {kUsername, 256}, {kDomain, 256}, {kAddress, 256}, {kPort, 256}}));
+}
+
 }  // namespace
 }  // namespace velmora
