@@ -1,5 +1,7 @@
 #include "tools/velmoractl/csta_summary.h"
 
+#include <algorithm>
+#include <iterator>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -76,9 +78,8 @@ void VisitElements(const XmlNode& message, const Visit& visit) {
     while (!pending.empty()) {
         const XmlNode& element = *pending.back();
         pending.pop_back();
-        for (auto child = element.children.rbegin(); child != element.children.rend(); ++child) {
-            pending.push_back(&*child);
-        }
+        std::transform(element.children.rbegin(), element.children.rend(), std::back_inserter(pending),
+                       [](const XmlNode& child) { return &child; });
         if (&element != &message && !visit(element)) return;
     }
 }

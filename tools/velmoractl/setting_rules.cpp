@@ -103,8 +103,8 @@ std::span<const SettingRule> SettingRules() {
 }
 
 const SettingRule* FindSettingRule(std::string_view name) {
-    const auto found = std::ranges::find(kRules, name, &SettingRule::name);
-    return found == std::end(kRules) ? nullptr : &*found;
+    const SettingRule* found = std::ranges::find(kRules, name, &SettingRule::name);
+    return found == std::end(kRules) ? nullptr : found;
 }
 
 CheckedSetting CheckSetting(const SettingRule& rule, std::string_view value) {

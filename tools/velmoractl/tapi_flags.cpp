@@ -113,7 +113,7 @@ ByteString HexText(uint32_t value, size_t digits) {
 
 ByteString ResultText(int32_t code) {
     const uint32_t number = static_cast<uint32_t>(code);
-    const ByteString hex = HexText(number, 8);
+    ByteString hex = HexText(number, 8);
     switch (number) {
         case 0x80000005:
             return "LINEERR_CALLUNAVAIL (" + hex + ")";
