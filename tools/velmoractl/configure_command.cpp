@@ -1,5 +1,8 @@
 #include <windows.h>
 
+#include <algorithm>
+#include <vector>
+
 #include "config/registry.h"
 #include "tools/velmoractl/commands.h"
 #include "tools/velmoractl/console.h"
@@ -44,13 +47,12 @@ bool CanSave() {
 
 // A stored number that is none would keep the dialog from loading the settings.
 bool SettingsLoad() {
-    for (const FaultySetting& faulty : FindFaultySettings()) {
-        if (!faulty.stopsLoading) continue;
-        PrintErrorLine("velmoractl: the dialog cannot open: " + faulty.sentence);
-        PrintErrorLine("Mend it with: " + FixCommand(*faulty.rule));
-        return false;
-    }
-    return true;
+    const std::vector<FaultySetting> faulty = FindFaultySettings();
+    const auto fatal = std::ranges::find_if(faulty, &FaultySetting::stopsLoading);
+    if (fatal == faulty.end()) return true;
+    PrintErrorLine("velmoractl: the dialog cannot open: " + fatal->sentence);
+    PrintErrorLine("Mend it with: " + FixCommand(*fatal->rule));
+    return false;
 }
 
 ExitCode ShowDialog(const ByteString& path) {
