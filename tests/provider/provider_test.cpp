@@ -56,8 +56,9 @@ void ProviderTest::Stop(uint32_t withinMs) {
 }
 
 void ProviderTest::LogIn() {
+    const size_t connections = pbx.Connections();
     Init();
-    pbx.WaitForFrame(0);
+    EXPECT_TRUE(pbx.WaitForConnections(connections + 1));
     WaitUntilDispatched();
 }
 

@@ -60,7 +60,7 @@ protected:
     void Stop(uint32_t withinMs = kStopMs);
 
     // Initialises the provider and has the PBX accept its login for half an hour. Returns when the PBX has got the
-    // MonitorStart, the second frame.
+    // MonitorStart, the second frame of the session.
     void LogIn();
 
     // Sends a frame and waits until the provider has worked off everything up to it.
