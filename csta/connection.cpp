@@ -15,6 +15,7 @@ namespace {
 
 constexpr WORD kWinsockVersion = MAKEWORD(2, 2);
 constexpr int kReceiveBytes = 1024;  // read from the socket at a time
+constexpr DWORD kEndSendsMs = 500;   // for sends under way to end before their socket is closed
 
 struct AddressListDeleter {
     void operator()(addrinfo* list) const { freeaddrinfo(list); }
@@ -86,10 +87,21 @@ void CstaConnection::Connect() {
 }
 
 void CstaConnection::Disconnect() {
+    const SOCKET open = socket.exchange(INVALID_SOCKET);
+    EndSends(open);
     // Winsock ends before the socket is closed. Keep.
     WSACleanup();
-    const SOCKET open = socket.exchange(INVALID_SOCKET);
     if (open != INVALID_SOCKET) closesocket(open);
+}
+
+// A PBX that reads nothing more holds a send up, and closing the socket does not end that everywhere (under Wine it
+// does not), so it is cancelled. Sends are made under the lock: when that is free no send of this socket is under way,
+// and as the socket is no longer named, none will follow.
+void CstaConnection::EndSends(SOCKET open) {
+    for (DWORD waitedMs = 0; !lock.IsFree() && waitedMs < kEndSendsMs; ++waitedMs) {
+        CancelIoEx(reinterpret_cast<HANDLE>(open), nullptr);
+        Sleep(1);
+    }
 }
 
 uint32_t CstaConnection::SendRequest(const ByteString& xml) {

@@ -30,7 +30,7 @@ public:
     // first that names a TCP endpoint; a failure is logged and leaves the link down. Before any thread of the session.
     void Connect();
 
-    // Ends the link: wakes a receive thread that waits in Receive. Takes no lock, so that a send that hangs ends too.
+    // Ends the link, a send or a Receive that waits in it included. Does not wait for the lock.
     void Disconnect();
 
     // See link.h. Takes the lock.
@@ -46,6 +46,7 @@ public:
     std::optional<Frame> NextFrame() { return cutter.Next(); }
 
 private:
+    void EndSends(SOCKET open);
     void Transmit(const ByteString& bytes) const;
 
     bool winsockStarted = false;  // never cleared, although Disconnect ends Winsock. Keep

@@ -12,6 +12,13 @@ public:
     CriticalSection(const CriticalSection&) = delete;
     CriticalSection& operator=(const CriticalSection&) = delete;
 
+    // Whether no other thread holds it at this moment.
+    bool IsFree() {
+        if (TryEnterCriticalSection(&section) == 0) return false;
+        LeaveCriticalSection(&section);
+        return true;
+    }
+
 private:
     friend class CriticalSectionGuard;
     CRITICAL_SECTION section;
