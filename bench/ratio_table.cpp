@@ -1,0 +1,119 @@
+#include "bench/ratio_table.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bench/targets.h"
+
+namespace velmora {
+namespace {
+
+// Many short turns: the least of them is met by few interruptions, however busy the machine.
+const char* const kTurns[] = {
+    "--benchmark_enable_random_interleaving=true",
+    "--benchmark_repetitions=15",
+    "--benchmark_min_time=0.02",
+};
+
+struct Case {
+    std::string unit;
+    std::string name;
+    std::map<std::string, double> bestNs;  // by contender
+};
+
+// Its target; the end of kTargets when it has none.
+const Target* FindTarget(const Case& measured) {
+    return std::find_if(std::begin(kTargets), std::end(kTargets), [&](const Target& target) {
+        return measured.unit == target.unit && measured.name == target.caseName;
+    });
+}
+
+const char* Verdict(double ratio, const Target& target) {
+    if (ratio <= target.moonshot) return "moonshot";
+    return ratio <= target.good ? "good" : "MISSED";
+}
+
+void PrintCase(const Case& measured) {
+    const auto ours = measured.bestNs.find(kOurs);
+    if (ours == measured.bestNs.end() || measured.bestNs.size() < 2) return;
+    std::pair<std::string, double> peer;
+    for (const auto& [contender, ns] : measured.bestNs) {
+        if (contender != kOurs && (peer.first.empty() || ns < peer.second)) peer = {contender, ns};
+    }
+    const double ratio = ours->second / peer.second;
+    std::printf("%-21s %-19s %12.1f %12.1f %-10s %6.2f", measured.unit.c_str(), measured.name.c_str(), ours->second,
+                peer.second, peer.first.c_str(), ratio);
+    if (const Target* target = FindTarget(measured); target != std::end(kTargets)) {
+        std::printf(" %6.2f %8.2f  %s", target->good, target->moonshot, Verdict(ratio, *target));
+    }
+    std::printf("\n");
+}
+
+class RatioTable : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context& /*context*/) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type != Run::RT_Iteration) continue;
+            if (run.error_occurred) {
+                std::printf("%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
+                continue;
+            }
+            Enter(run.run_name.function_name, run.cpu_accumulated_time * 1e9 / static_cast<double>(run.iterations));
+        }
+    }
+
+    void Finalize() override {
+        std::printf("%-21s %-19s %12s %12s %-10s %6s %6s %8s\n", "unit", "case", "ours ns", "peer ns", "best peer",
+                    "ratio", "good", "moonshot");
+        // The turns come in no order.
+        std::stable_sort(cases.begin(), cases.end(),
+                         [](const Case& one, const Case& other) { return FindTarget(one) < FindTarget(other); });
+        for (const Case& measured : cases) PrintCase(measured);
+    }
+
+private:
+    // name is "unit/case/contender".
+    void Enter(const std::string& name, double ns) {
+        const size_t first = name.find('/');
+        const size_t last = name.rfind('/');
+        const std::string unit = name.substr(0, first);
+        const std::string caseName = name.substr(first + 1, last - first - 1);
+        auto found = std::find_if(cases.begin(), cases.end(), [&](const Case& measured) {
+            return measured.unit == unit && measured.name == caseName;
+        });
+        if (found == cases.end()) found = cases.insert(found, {unit, caseName, {}});
+        const auto [best, isNew] = found->bestNs.try_emplace(name.substr(last + 1), ns);
+        if (!isNew) best->second = std::min(best->second, ns);
+    }
+
+    std::vector<Case> cases;
+};
+
+}  // namespace
+
+int RunRatioTable(int argc, char** argv) {
+    // Ours come first, so that an argument from outside overrides them.
+    std::vector<std::string> arguments = {argv[0]};
+    arguments.insert(arguments.end(), std::begin(kTurns), std::end(kTurns));
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, pointers.data());
+    if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) return 1;
+    RatioTable table;
+    benchmark::RunSpecifiedBenchmarks(&table);
+    benchmark::Shutdown();
+    return 0;
+}
+
+}  // namespace velmora
