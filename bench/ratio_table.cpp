@@ -1,10 +1,11 @@
 #include "bench/ratio_table.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <iterator>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "bench/targets.h"
@@ -12,17 +13,17 @@
 namespace velmora {
 namespace {
 
-// Many short turns: the least of them is met by few interruptions, however busy the machine.
+// Many short turns, so that the median of a contender's comes from the same times, quick and slow, as the others'.
 const char* const kTurns[] = {
     "--benchmark_enable_random_interleaving=true",
-    "--benchmark_repetitions=15",
-    "--benchmark_min_time=0.02",
+    "--benchmark_repetitions=61",
+    "--benchmark_min_time=0.005",
 };
 
 struct Case {
     std::string unit;
     std::string name;
-    std::map<std::string, double> bestNs;  // by contender
+    std::map<std::string, std::vector<double>> turnsNs;  // by contender
 };
 
 // Its target; the end of kTargets when it has none.
@@ -37,16 +38,29 @@ const char* Verdict(double ratio, const Target& target) {
     return ratio <= target.good ? "good" : "MISSED";
 }
 
+double Median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
 void PrintCase(const Case& measured) {
-    const auto ours = measured.bestNs.find(kOurs);
-    if (ours == measured.bestNs.end() || measured.bestNs.size() < 2) return;
-    std::pair<std::string, double> peer;
-    for (const auto& [contender, ns] : measured.bestNs) {
-        if (contender != kOurs && (peer.first.empty() || ns < peer.second)) peer = {contender, ns};
+    double oursNs = 0;
+    double peerNs = 0;
+    std::string peer;  // the best
+    for (const auto& [contender, turnsNs] : measured.turnsNs) {
+        const double ns = Median(turnsNs);
+        if (contender == kOurs) {
+            oursNs = ns;
+        } else if (peer.empty() || ns < peerNs) {
+            peer = contender;
+            peerNs = ns;
+        }
     }
-    const double ratio = ours->second / peer.second;
-    std::printf("%-21s %-19s %12.1f %12.1f %-10s %6.2f", measured.unit.c_str(), measured.name.c_str(), ours->second,
-                peer.second, peer.first.c_str(), ratio);
+    if (oursNs == 0 || peer.empty()) return;
+    const double ratio = oursNs / peerNs;
+    std::printf("%-21s %-19s %12.1f %12.1f %-10s %6.2f", measured.unit.c_str(), measured.name.c_str(), oursNs, peerNs,
+                peer.c_str(), ratio);
     if (const Target* target = FindTarget(measured); target != std::end(kTargets)) {
         std::printf(" %6.2f %8.2f  %s", target->good, target->moonshot, Verdict(ratio, *target));
     }
@@ -88,8 +102,7 @@ private:
             return measured.unit == unit && measured.name == caseName;
         });
         if (found == cases.end()) found = cases.insert(found, {unit, caseName, {}});
-        const auto [best, isNew] = found->bestNs.try_emplace(name.substr(last + 1), ns);
-        if (!isNew) best->second = std::min(best->second, ns);
+        found->turnsNs[name.substr(last + 1)].push_back(ns);
     }
 
     std::vector<Case> cases;
