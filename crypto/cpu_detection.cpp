@@ -1,9 +1,9 @@
-#include "crypto/cpu_features.h"
-
 #include <cpuid.h>
 #include <immintrin.h>
 
 #include <cstdint>
+
+#include "crypto/cpu_features.h"
 
 namespace velmora {
 namespace {
@@ -33,7 +33,9 @@ constexpr bool hasBit(uint64_t word, int bit) {
     return hasBit(xcr0, 1) && hasBit(xcr0, 2);
 }
 
-CpuFeatures detect() {
+}  // namespace
+
+CpuFeatures detectCpuFeatures() {
     const Leaf basic = readLeaf(1);
     const Leaf extended = readLeaf(7);
     const bool ssse3 = hasBit(basic.ecx, 9);
@@ -45,13 +47,6 @@ CpuFeatures detect() {
     features.aes = hasBit(basic.ecx, 25);
     features.vaes = features.aes && avx2 && hasBit(extended.ecx, 9);
     features.sha = ssse3 && sse41 && hasBit(extended.ebx, 29);
-    return features;
-}
-
-}  // namespace
-
-const CpuFeatures& cpuFeatures() {
-    static const CpuFeatures features = detect();
     return features;
 }
 

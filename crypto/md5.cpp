@@ -42,79 +42,99 @@ inline void stepI(uint32_t& a, uint32_t b, uint32_t c, uint32_t d, uint32_t adde
     a = b + std::rotl(a + addend + (c ^ (b | ~d)), shift);
 }
 
-void compressBlock(uint32_t (&chain)[4], const uint8_t* block) {
-    uint32_t words[16];
-    std::memcpy(words, block, sizeof words);
-    auto [a, b, c, d] = chain;
+// The 64 steps over one block. Each takes a word of the block and a sine.
+inline void fourRounds(uint32_t& a, uint32_t& b, uint32_t& c, uint32_t& d, const uint8_t* block) {
+    const auto addend = [block](unsigned step, unsigned word) {
+        uint32_t value;
+        std::memcpy(&value, block + size_t{4} * (word % 16), sizeof value);
+        return value + kSines[step];
+    };
 
 #pragma GCC unroll 4
     for (unsigned step = 0; step < 16; step += 4) {
-        stepF(a, b, c, d, words[step] + kSines[step], 7);
-        stepF(d, a, b, c, words[step + 1] + kSines[step + 1], 12);
-        stepF(c, d, a, b, words[step + 2] + kSines[step + 2], 17);
-        stepF(b, c, d, a, words[step + 3] + kSines[step + 3], 22);
+        stepF(a, b, c, d, addend(step, step), 7);
+        stepF(d, a, b, c, addend(step + 1, step + 1), 12);
+        stepF(c, d, a, b, addend(step + 2, step + 2), 17);
+        stepF(b, c, d, a, addend(step + 3, step + 3), 22);
     }
 #pragma GCC unroll 4
     for (unsigned step = 16; step < 32; step += 4) {
-        stepG(a, b, c, d, words[(5 * step + 1) % 16] + kSines[step], 5);
-        stepG(d, a, b, c, words[(5 * step + 6) % 16] + kSines[step + 1], 9);
-        stepG(c, d, a, b, words[(5 * step + 11) % 16] + kSines[step + 2], 14);
-        stepG(b, c, d, a, words[5 * step % 16] + kSines[step + 3], 20);
+        stepG(a, b, c, d, addend(step, 5 * step + 1), 5);
+        stepG(d, a, b, c, addend(step + 1, 5 * step + 6), 9);
+        stepG(c, d, a, b, addend(step + 2, 5 * step + 11), 14);
+        stepG(b, c, d, a, addend(step + 3, 5 * step), 20);
     }
 #pragma GCC unroll 4
     for (unsigned step = 32; step < 48; step += 4) {
-        stepH(a, b, c, d, words[(3 * step + 5) % 16] + kSines[step], 4);
-        stepH(d, a, b, c, words[(3 * step + 8) % 16] + kSines[step + 1], 11);
-        stepH(c, d, a, b, words[(3 * step + 11) % 16] + kSines[step + 2], 16);
-        stepH(b, c, d, a, words[(3 * step + 14) % 16] + kSines[step + 3], 23);
+        stepH(a, b, c, d, addend(step, 3 * step + 5), 4);
+        stepH(d, a, b, c, addend(step + 1, 3 * step + 8), 11);
+        stepH(c, d, a, b, addend(step + 2, 3 * step + 11), 16);
+        stepH(b, c, d, a, addend(step + 3, 3 * step + 14), 23);
     }
 #pragma GCC unroll 4
     for (unsigned step = 48; step < 64; step += 4) {
-        stepI(a, b, c, d, words[7 * step % 16] + kSines[step], 6);
-        stepI(d, a, b, c, words[(7 * step + 7) % 16] + kSines[step + 1], 10);
-        stepI(c, d, a, b, words[(7 * step + 14) % 16] + kSines[step + 2], 15);
-        stepI(b, c, d, a, words[(7 * step + 5) % 16] + kSines[step + 3], 21);
+        stepI(a, b, c, d, addend(step, 7 * step), 6);
+        stepI(d, a, b, c, addend(step + 1, 7 * step + 7), 10);
+        stepI(c, d, a, b, addend(step + 2, 7 * step + 14), 15);
+        stepI(b, c, d, a, addend(step + 3, 7 * step + 5), 21);
     }
-
-    chain[0] += a;
-    chain[1] += b;
-    chain[2] += c;
-    chain[3] += d;
 }
 
-// Works off what a state hands over.
-auto compressInto(uint32_t (&chain)[4]) {
-    return [&chain](const uint8_t* blocks, size_t count) {
-        for (; count > 0; --count, blocks += kHashBlockBytes) compressBlock(chain, blocks);
-    };
+// Between blocks the chaining words stay in registers: the way through memory would lengthen the chain.
+void compressBlocks(uint32_t (&chain)[4], const uint8_t* blocks, size_t count) {
+    uint32_t a = chain[0], b = chain[1], c = chain[2], d = chain[3];
+    for (; count > 0; --count, blocks += kHashBlockBytes) {
+        const uint32_t aAtStart = a, bAtStart = b, cAtStart = c, dAtStart = d;
+        fourRounds(a, b, c, d, blocks);
+        a += aAtStart;
+        b += bAtStart;
+        c += cAtStart;
+        d += dAtStart;
+    }
+    chain[0] = a;
+    chain[1] = b;
+    chain[2] = c;
+    chain[3] = d;
 }
 
-void storeLength(uint8_t* target, const uint32_t (&bitCount)[2]) {
+void storeLength(uint8_t* target, const HashBitCount& bitCount) {
     std::memcpy(target, bitCount, sizeof bitCount);
+}
+
+void storeChain(uint8_t* target, const uint32_t (&chain)[4]) {
+    std::memcpy(target, chain, sizeof chain);
 }
 
 }  // namespace
 
 ByteString md5Digest(const ByteString& data) {
     Md5State state;
-    state.update(data);
-    return state.digest();
+    addToBitCount(state.bitCount, data.size());
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(data.data());
+    const size_t blocks = data.size() / kHashBlockBytes;
+    // The tail is written before the long work, so that its stores have come to rest when it is read.
+    const HashTail tail(bytes + blocks * kHashBlockBytes, state.bitCount, storeLength);
+    compressBlocks(state.chain, bytes, blocks);
+    compressBlocks(state.chain, tail.bytes, tail.blocks);
+    ByteString digest(Md5State::kDigestBytes, '\0');
+    storeChain(reinterpret_cast<uint8_t*>(digest.data()), state.chain);
+    return digest;
 }
 
 void Md5State::update(std::string_view bytes) {
-    updateHash(*this, bytes, compressInto(chain));
-}
-
-void Md5State::digest(uint8_t* target) const {
-    Md5State last = *this;
-    finishHash(last, storeLength, compressInto(last.chain));
-    std::memcpy(target, last.chain, kDigestBytes);
+    updateHash(*this, bytes, [this](const uint8_t* blocks, size_t count) { compressBlocks(chain, blocks, count); });
 }
 
 ByteString Md5State::digest() const {
-    ByteString bytes(kDigestBytes, '\0');
-    digest(reinterpret_cast<uint8_t*>(bytes.data()));
-    return bytes;
+    ByteString digest(kDigestBytes, '\0');
+    Md5State(*this).finish(reinterpret_cast<uint8_t*>(digest.data()));
+    return digest;
+}
+
+void Md5State::finish(uint8_t* target) {
+    const HashTail tail(buffer, bitCount, storeLength);
+    compressBlocks(chain, tail.bytes, tail.blocks);
+    storeChain(target, chain);
 }
 
 }  // namespace velmora

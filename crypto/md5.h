@@ -15,16 +15,18 @@ inline constexpr size_t kMd5Bytes = 16;
 // The digest of data: 16 bytes.
 ByteString md5Digest(const ByteString& data);
 
-// A digest over a message that comes in pieces. The digest can be taken on the way; a copy goes on by itself.
+// A digest over a message that comes in pieces. A copy goes on by itself.
 struct Md5State {
     static constexpr size_t kDigestBytes = kMd5Bytes;
 
     // Takes the next bytes of the message.
     void update(std::string_view bytes);
 
-    // Writes the 16 bytes of the digest of all bytes so far. More may follow.
-    void digest(uint8_t* target) const;
+    // The digest of all bytes so far: 16 bytes. More may follow.
     ByteString digest() const;
+
+    // Ends the message and writes the 16 bytes of its digest. The state is used up.
+    void finish(uint8_t* target);
 
     uint32_t chain[4] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
     uint32_t bitCount[2] = {};  // of the message so far: low word, high word

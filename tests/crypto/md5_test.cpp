@@ -31,6 +31,29 @@ TEST(Md5, GivesTheDigestsOfRfc1321) {
     }
 }
 
+struct LengthVector {
+    size_t length;  // of a message of as many letters a
+    const char* digest;
+};
+
+// md5sum of GNU coreutils.
+const LengthVector kLengthVectors[] = {
+    {0, "d41d8cd98f00b204e9800998ecf8427e"},   {1, "0cc175b9c0f1b6a831c399e269772661"},
+    {55, "ef1772b6dff9a122358552954ad0df65"},  {56, "3b0c8ac703f828b04c6c197006d17218"},
+    {57, "652b906d60af96844ebd21b674f35e93"},  {63, "b06521f39153d618550606be297466d5"},
+    {64, "014842d480b571495a4a0363793f7367"},  {65, "c743a45e0d2e6a95cb859adae0248435"},
+    {119, "8a7bd0732ed6a28ce75f6dabc90e1613"}, {120, "5f61c0ccad4cac44c75ff505e1f1e537"},
+    {127, "020406e1d05cdc2aa287641f7ae2cc39"}, {128, "e510683b3f5ffe4093d021808bc6ff70"},
+    {129, "b325dc1c6f5e7a2b7cf465b9feab7948"},
+};
+
+TEST(Md5, PadsMessagesThatEndAroundTheEndOfABlock) {
+    for (const LengthVector& vector : kLengthVectors) {
+        SCOPED_TRACE(vector.length);
+        EXPECT_EQ(toHex(md5Digest(ByteString(vector.length, 'a'))), vector.digest);
+    }
+}
+
 TEST(Md5, GivesTheSameDigestWhereverTheMessageIsSplit) {
     ByteString message;
     for (int index = 0; index < 200; ++index) message += static_cast<char>(index);
@@ -45,7 +68,22 @@ TEST(Md5, GivesTheSameDigestWhereverTheMessageIsSplit) {
     }
 }
 
-TEST(Md5, CountsTheCarryFromTheLowWordOfTheLengthIntoTheHighOne) {
+TEST(Md5, GivesTheSameDigestByteByByte) {
+    Md5State state;
+    for (int count = 0; count < 200; ++count) state.update("a");
+    EXPECT_EQ(state.digest(), md5Digest(ByteString(200, 'a')));
+}
+
+TEST(Md5, WritesTheDigestAtTheEndOfTheMessage) {
+    Md5State state;
+    state.update("abc");
+    uint8_t digest[kMd5Bytes];
+    state.finish(digest);
+    EXPECT_EQ(ByteString(digest, digest + sizeof digest), md5Digest("abc"));
+}
+
+// Half a gigabyte would be needed to get there the long way.
+TEST(Md5, CarriesTheLengthInBitsFromTheLowWordIntoTheHighOne) {
     Md5State state;
     state.bitCount[0] = 0xFFFFFE00;
     state.update(ByteString(64, 'x'));
