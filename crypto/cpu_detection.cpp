@@ -27,10 +27,13 @@ constexpr bool hasBit(uint64_t word, int bit) {
     return (word >> bit & 1) != 0;
 }
 
-// Whether the operating system saves the 256-bit registers of a thread: bits 1 and 2 of XCR0.
-[[gnu::target("xsave")]] bool savesWideRegisters() {
-    const auto xcr0 = static_cast<uint64_t>(_xgetbv(0));
-    return hasBit(xcr0, 1) && hasBit(xcr0, 2);
+// The registers of a thread that the operating system saves, as bits of XCR0: those of 256 bits, and with them the mask
+// registers and both parts of those of 512 bits.
+constexpr uint64_t kSaves256Bits = 0x06;
+constexpr uint64_t kSaves512Bits = 0xE6;
+
+[[gnu::target("xsave")]] bool savesRegisters(uint64_t bits) {
+    return (static_cast<uint64_t>(_xgetbv(0)) & bits) == bits;
 }
 
 }  // namespace
@@ -41,12 +44,14 @@ CpuFeatures detectCpuFeatures() {
     const bool ssse3 = hasBit(basic.ecx, 9);
     const bool sse41 = hasBit(basic.ecx, 19);
     const bool osxsave = hasBit(basic.ecx, 27);
-    const bool avx2 = hasBit(basic.ecx, 28) && hasBit(extended.ebx, 5) && osxsave && savesWideRegisters();
+    const bool avx2 = hasBit(basic.ecx, 28) && hasBit(extended.ebx, 5) && osxsave && savesRegisters(kSaves256Bits);
+    const bool avx512f = hasBit(extended.ebx, 16) && osxsave && savesRegisters(kSaves512Bits);
 
     CpuFeatures features;
     features.aes = hasBit(basic.ecx, 25);
     features.vaes = features.aes && avx2 && hasBit(extended.ecx, 9);
     features.sha = ssse3 && sse41 && hasBit(extended.ebx, 29);
+    features.ifma = avx512f && hasBit(extended.ebx, 21);
     return features;
 }
 

@@ -29,6 +29,7 @@ TEST(CpuDetection, FindsWhatLinuxFinds) {
     EXPECT_EQ(features.aes, flags.count("aes") == 1);
     EXPECT_EQ(features.vaes, flags.count("aes") + flags.count("vaes") + flags.count("avx2") == 3);
     EXPECT_EQ(features.sha, flags.count("sha_ni") == 1);
+    EXPECT_EQ(features.ifma, flags.count("avx512f") + flags.count("avx512ifma") == 2);
 }
 
 }  // namespace
