@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "xml/ascii_case.h"
+#include "config/ascii_case.h"
 #include "xml/xml_parser.h"
 
 namespace velmora {
@@ -44,7 +44,7 @@ XmlNode::~XmlNode() {
 const ByteString& XmlNode::textAt(std::string_view path) const {
     ByteString lowered;
     if (!caseSensitive) {
-        lowered = lowerCase(path);
+        lowered = LowerCase(path);
         path = lowered;
     }
     const XmlNode* element = this;

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "xml/ascii_case.h"
+#include "config/ascii_case.h"
 #include "xml/entities.h"
 #include "xml/scanner.h"
 #include "xml/xml_node.h"
@@ -143,8 +143,8 @@ private:
             localName = name.substr(colon + 1);
         }
         if (!root.caseSensitive) {
-            prefix = lowerCase(prefix);
-            localName = lowerCase(localName);
+            prefix = LowerCase(prefix);
+            localName = LowerCase(localName);
         }
     }
 

@@ -7,6 +7,6 @@
 namespace velmora {
 
 // text with "A" to "Z" in lower case. Any other byte stays, those of a letter outside ASCII included.
-ByteString lowerCase(std::string_view text);
+ByteString LowerCase(std::string_view text);
 
 }  // namespace velmora

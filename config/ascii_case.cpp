@@ -1,8 +1,8 @@
-#include "xml/ascii_case.h"
+#include "config/ascii_case.h"
 
 namespace velmora {
 
-ByteString lowerCase(std::string_view text) {
+ByteString LowerCase(std::string_view text) {
     ByteString lowered(text);
     for (char& character : lowered) {
         if (character >= 'A' && character <= 'Z') character = static_cast<char>(character - 'A' + 'a');
