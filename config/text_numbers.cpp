@@ -44,4 +44,15 @@ int32_t ParseInt(std::string_view text) {
     return static_cast<int32_t>(negative ? -magnitude : magnitude);
 }
 
+ByteString HexText(std::string_view bytes) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    ByteString text;
+    text.reserve(2 * bytes.size());
+    for (const char byte : bytes) {
+        text += kDigits[static_cast<unsigned char>(byte) >> 4];
+        text += kDigits[static_cast<unsigned char>(byte) & 0xF];
+    }
+    return text;
+}
+
 }  // namespace velmora

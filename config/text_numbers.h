@@ -7,7 +7,7 @@
 
 namespace velmora {
 
-// Numbers as text, in one form for registry values, log records and XML, free of the C library's locale.
+// Numbers and bytes as text, in one form for registry values, log records and XML, free of the C library's locale.
 
 // The decimal text of number: "-" when negative, no leading zeros.
 ByteString DecimalText(int64_t number);
@@ -17,5 +17,8 @@ ByteString DecimalText(int64_t number);
 // No digit there throws std::invalid_argument("invalid stoi argument"); a number outside 32 bits throws
 // std::out_of_range("stoi argument out of range").
 int32_t ParseInt(std::string_view text);
+
+// Bytes in lower-case hexadecimal, two digits a byte, the high one first.
+ByteString HexText(std::string_view bytes);
 
 }  // namespace velmora

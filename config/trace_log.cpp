@@ -43,12 +43,7 @@ void AppendToFirstNul(ByteString& record, std::string_view text, std::string_vie
 }  // namespace
 
 void WriteLog(int32_t level, std::string_view text, std::string_view detail) {
-    const uint64_t nowMs = TickCount64();
-    // The very first call takes the time, whatever its level, even when it writes nothing.
-    uint64_t none = 0;
-    timeBaseMs.compare_exchange_strong(none, nowMs);
-
-    if (level > settings.loglevel) return;
+    if (!LogsLevel(level)) return;
     std::FILE* file = OpenFile();
     if (file == nullptr) return;
     if (recordCount++ >= settings.loglength) return;
@@ -57,6 +52,14 @@ void WriteLog(int32_t level, std::string_view text, std::string_view detail) {
     // One call, so that records of two threads never mix; flushed, so that the file is whole when the process dies.
     static_cast<void>(std::fwrite(record.data(), 1, record.size(), file));
     static_cast<void>(std::fflush(file));
+}
+
+bool LogsLevel(int32_t level) {
+    const uint64_t nowMs = TickCount64();
+    // The very first call takes the time, whatever its level, even when nothing is written.
+    uint64_t none = 0;
+    timeBaseMs.compare_exchange_strong(none, nowMs);
+    return level <= settings.loglevel;
 }
 
 ByteString FormatLogRecord(uint64_t elapsedMs, int32_t level, std::string_view text, std::string_view detail) {

@@ -18,6 +18,10 @@ namespace velmora {
 // until the process ends, and each record is flushed. May be called from any thread.
 void WriteLog(int32_t level, std::string_view text, std::string_view detail = {});
 
+// Whether WriteLog would pass a log record at level over its threshold: for a caller whose text costs more to render
+// than to ask. It counts as a call of WriteLog, of which the first one takes the time.
+bool LogsLevel(int32_t level);
+
 // The log record "[H:MM:SS:mmm]:LEVEL TEXT" with its line end, for elapsedMs since the process first logged. The hours
 // are not reduced to days.
 ByteString FormatLogRecord(uint64_t elapsedMs, int32_t level, std::string_view text, std::string_view detail);

@@ -103,5 +103,18 @@ TEST(ParseInt, AgreesWithStdStoi) {
     }
 }
 
+TEST(HexText, WritesTwoLowerCaseDigitsAByte) {
+    EXPECT_EQ(HexText(""), "");
+    EXPECT_EQ(HexText(std::string_view("\x00\x01\x7F\x80\xFFz", 6)), "00017f80ff7a");
+}
+
+TEST(HexText, AgreesWithPrintfOnEveryByte) {
+    for (int value = 0; value < 256; ++value) {
+        char expected[3];
+        ASSERT_EQ(std::snprintf(expected, sizeof expected, "%02x", value), 2);
+        EXPECT_EQ(HexText(ByteString(1, static_cast<char>(value))), expected);
+    }
+}
+
 }  // namespace
 }  // namespace velmora
