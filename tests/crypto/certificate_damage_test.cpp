@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "crypto/certificate.h"
+#include "crypto/certificate_chain.h"
+#include "crypto/trust_store.h"
 #include "tests/crypto/certificate_files.h"
 #include "tests/crypto/hand_made_certificate.h"
 #include "tests/crypto/plain_certificate.h"
@@ -66,6 +68,42 @@ TEST(DamagedCertificate, IsReadByTheRulesWhateverItsElementsAre) {
         const ByteString name = randomElements(random, 3);
         ASSERT_EQ(commonName(name), plainCommonName(name)) << "round " << round;
     }
+}
+
+// Trusts the certificate that has signed "leaf" while it lives.
+class DamagedChainTest : public testing::Test {
+protected:
+    DamagedChainTest() { trustCertificate(certificateFile("lower")); }
+    ~DamagedChainTest() override { trustStore.clear(); }
+    DamagedChainTest(const DamagedChainTest&) = delete;
+    DamagedChainTest& operator=(const DamagedChainTest&) = delete;
+
+    static bool IsVerified(const ByteString& der) { return !CertificateChain({der}, "").subjectName.empty(); }
+
+    const ByteString leaf = certificateFile("leaf");
+};
+
+TEST_F(DamagedChainTest, IsNotVerifiedWhicheverBitOfWhatIsSignedOrOfTheSignatureIsChanged) {
+    ASSERT_TRUE(IsVerified(leaf));
+    const size_t tbsBytes = parseCertificate(leaf).signedBytes.size();
+    for (size_t position = 4; position < leaf.size(); ++position) {
+        // Between the two stands the algorithm, whose parameters nobody reads.
+        if (position >= 4 + tbsBytes && position < leaf.size() - 128) continue;
+        for (int bit = 0; bit < 8; ++bit) {
+            ByteString changed = leaf;
+            changed[position] = static_cast<char>(changed[position] ^ (1 << bit));
+            ASSERT_FALSE(IsVerified(changed)) << "bit " << bit << " of byte " << position;
+        }
+    }
+}
+
+TEST_F(DamagedChainTest, IsNotVerifiedWhereverItIsCutOff) {
+    for (size_t length = 0; length < leaf.size(); ++length) ASSERT_FALSE(IsVerified(leaf.substr(0, length))) << length;
+}
+
+TEST_F(DamagedChainTest, IsVerifiedWithAnythingBehindTheCertificate) {
+    EXPECT_TRUE(IsVerified(leaf + "anything"));
+    EXPECT_TRUE(IsVerified(ByteString(7, '\0') + leaf + leaf));
 }
 
 }  // namespace
