@@ -4,6 +4,7 @@
 #include <openssl/bn.h>
 #include <openssl/evp.h>
 #include <openssl/objects.h>
+#include <openssl/pem.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
@@ -13,13 +14,16 @@
 #include <cstdint>
 #include <memory>
 #include <random>
+#include <string_view>
 #include <vector>
 
+#include "crypto/built_in_certificates.h"
 #include "crypto/certificate.h"
 #include "crypto/certificate_chain.h"
 #include "crypto/trust_store.h"
 #include "tests/crypto/certificate_files.h"
 #include "tests/crypto/hand_made_certificate.h"
+#include "tests/crypto/pem.h"
 
 namespace velmora {
 namespace {
@@ -212,6 +216,45 @@ TEST(CertificateByOpenSsl, IsReadAndVerifiedAlikeWhateverItsNamesAre) {
         der.back() = static_cast<char>(der.back() ^ 1);
         EXPECT_FALSE(isVerifiedByUs(der, der));
         EXPECT_FALSE(isVerifiedByOpenSsl(der, der));
+    }
+}
+
+TEST(BuiltInCertificatesByOpenSsl, AreAnAuthorityAndADeviceThatItSigned) {
+    const auto readPem = [](std::string_view pem) {
+        const std::unique_ptr<BIO, decltype(&BIO_free)> text(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())),
+                                                             BIO_free);
+        return X509Pointer(PEM_read_bio_X509(text.get(), nullptr, nullptr, nullptr), X509_free);
+    };
+    const X509Pointer authority = readPem(kBuiltInCaPem);
+    const X509Pointer device = readPem(kBuiltInDevicePem);
+    ASSERT_NE(authority, nullptr);
+    ASSERT_NE(device, nullptr);
+    for (X509* certificate : {authority.get(), device.get()}) {
+        EXPECT_EQ(EVP_PKEY_get_base_id(X509_get0_pubkey(certificate)), EVP_PKEY_RSA);
+        EXPECT_EQ(EVP_PKEY_get_bits(X509_get0_pubkey(certificate)), 1024);
+        EXPECT_EQ(X509_get_signature_nid(certificate), NID_sha1WithRSAEncryption);
+        EXPECT_EQ(X509_verify(certificate, X509_get0_pubkey(authority.get())), 1);
+        EXPECT_EQ(X509_check_issued(authority.get(), certificate), X509_V_OK);
+    }
+    EXPECT_EQ(X509_check_ca(authority.get()), 1);  // by basicConstraints
+    EXPECT_EQ(X509_check_ca(device.get()), 0);
+    ExpectReadAsByOpenSsl(certificateOfPem(kBuiltInCaPem));
+    ExpectReadAsByOpenSsl(certificateOfPem(kBuiltInDevicePem));
+}
+
+TEST(BuiltInCertificatesByOpenSsl, NameNobodyButThisSystem) {
+    for (const std::string_view pem : {kBuiltInCaPem, kBuiltInDevicePem}) {
+        const X509Pointer certificate = read(certificateOfPem(pem));
+        for (const X509_NAME* name :
+             {X509_get_issuer_name(certificate.get()), X509_get_subject_name(certificate.get())}) {
+            ASSERT_EQ(X509_NAME_entry_count(name), 3);
+            for (int index = 0; index < 3; ++index) {
+                const ASN1_STRING* value = X509_NAME_ENTRY_get_data(X509_NAME_get_entry(name, index));
+                const std::string_view text(reinterpret_cast<const char*>(ASN1_STRING_get0_data(value)),
+                                            static_cast<size_t>(ASN1_STRING_length(value)));
+                EXPECT_TRUE(text.starts_with("Velmora")) << text;
+            }
+        }
     }
 }
 
