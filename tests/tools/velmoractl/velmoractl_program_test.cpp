@@ -126,6 +126,7 @@ protected:
 class DialTest : public VelmoractlTest {};
 class CapsTest : public VelmoractlTest {};
 class ConfigTest : public VelmoractlTest {};
+class ConfigureTest : public VelmoractlTest {};
 
 TEST_F(DialTest, PlacesACallAndEndsWithTheVerdict) {
     const Ended ended = DialOver("", "--hold 0");
@@ -469,6 +470,37 @@ TEST_F(ConfigTest, AsksForTheRightsOfAnAdministrator) {
 TEST_F(ConfigTest, RefusesAWrongCommandLine) {
     for (const char* arguments : {"config", "config nosuch", "config set", "config set nosuch 1", "config get a b",
                                   "config set username a b"}) {
+        EXPECT_EQ(RunCtl(arguments).exitCode, 2U) << arguments;
+    }
+}
+
+// What the dialog itself does is tested in a window of its own; here it never opens.
+
+TEST_F(ConfigureTest, NamesTheSettingThatKeepsTheDialogFromOpening) {
+    StoreSettings("abc");
+    const Ended ended = RunCtl("configure");
+    EXPECT_EQ(ended.exitCode, 4U);
+    EXPECT_TRUE(ended.Printed("the dialog cannot open: port \"abc\" is no number."));
+    EXPECT_EQ(ended.LastLine(), "Mend it with: velmoractl config set port 443");
+}
+
+TEST_F(ConfigureTest, AsksForTheRightsThatTheDialogWouldMiss) {
+    StoreSettings("5050");
+    const ReadOnlyKey readOnly;
+    const Ended ended = RunCtl("configure");
+    EXPECT_EQ(ended.exitCode, 10U);
+    EXPECT_TRUE(ended.LastLine().ends_with("Run velmoractl as administrator.")) << ended.LastLine();
+}
+
+TEST_F(ConfigureTest, SaysThatTheProviderIsNotThere) {
+    StoreSettings("5050");
+    const Ended ended = RunCtl("configure --tsp nosuch.tsp");
+    EXPECT_EQ(ended.exitCode, 3U);
+    EXPECT_TRUE(ended.Printed("there is no such file"));
+}
+
+TEST_F(ConfigureTest, RefusesAWrongCommandLine) {
+    for (const char* arguments : {"configure now", "configure --tsp", "configure --nosuch"}) {
         EXPECT_EQ(RunCtl(arguments).exitCode, 2U) << arguments;
     }
 }
