@@ -8,7 +8,7 @@
 
 namespace velmora {
 
-// CSTA messages on the wire, one frame each (ECMA-323, Annex on TCP without SOAP):
+// CSTA messages on the wire, one frame each (the header that ECMA-323 has for TCP without SOAP):
 //
 //   bytes 0-1   zero; ignored on receipt
 //   bytes 2-3   length of the whole frame, these 8 bytes included, big-endian
