@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <ctime>
+
 #include "config/clock.h"
 
 namespace velmora {
@@ -10,6 +12,10 @@ uint32_t TickCount32() {
 
 uint64_t TickCount64() {
     return GetTickCount64();
+}
+
+int64_t UnixSeconds() {
+    return _time64(nullptr);
 }
 
 }  // namespace velmora

@@ -83,7 +83,17 @@ void CstaConnection::Connect() {
     if (socket == INVALID_SOCKET) {
         WriteLog(1, "Connection establishment to \"" + settings.address + "\" failed");
     }
-    if (settings.encrypt) WriteLog(1, "This version cannot encrypt the link yet: it sends nothing");
+    if (settings.encrypt) StartTls();
+}
+
+// Whatever certificate the PBX shows is accepted: the link is encrypted, the PBX not authenticated. The ClientHello
+// leaves with the first request.
+void CstaConnection::StartTls() {
+    tls.Reset();
+    tls.SetLogPrefix("CSTA: ");
+    tls.SetExpectedDomain(settings.domain);
+    tls.verifyCertificates = false;
+    tls.StartClientHandshake();
 }
 
 void CstaConnection::Disconnect() {
@@ -114,8 +124,7 @@ uint32_t CstaConnection::SendRequest(const ByteString& xml) {
         return invokeId;
     }
     WriteLog(5, "CSTA Tx: ", xml);
-    // A login must never leave in the clear when encryption is asked for.
-    if (!settings.encrypt) Transmit(frame);
+    Transmit(settings.encrypt ? tls.Send(frame) : frame);
     return invokeId;
 }
 
@@ -138,7 +147,12 @@ bool CstaConnection::Receive() {
 }
 
 void CstaConnection::TakeReceived() {
-    if (!settings.encrypt) cutter.Append(receiveBuffer);
+    if (settings.encrypt) {
+        cutter.Append(tls.Feed(receiveBuffer));
+        Transmit(tls.Send({}));
+    } else {
+        cutter.Append(receiveBuffer);
+    }
     receiveBuffer.clear();
 }
 

@@ -10,6 +10,7 @@
 #include "csta/critical_section.h"
 #include "csta/framing.h"
 #include "csta/keepalive.h"
+#include "tls/tls_connection.h"
 
 namespace velmora {
 
@@ -39,13 +40,15 @@ public:
     // Waits for bytes and keeps them for NextFrame; takes the lock for that. False when the link is down.
     bool Receive();
 
-    // Turns all bytes that Receive has kept into the plain stream of frames. Lock held.
+    // Turns all bytes that Receive has kept into the plain stream of frames, and sends what TLS answers to them. Lock
+    // held.
     void TakeReceived();
 
     // The next whole frame of the plain stream; none when more bytes are needed. Lock held.
     std::optional<Frame> NextFrame() { return cutter.Next(); }
 
 private:
+    void StartTls();
     void EndSends(SOCKET open);
     void Transmit(const ByteString& bytes) const;
 
@@ -53,6 +56,7 @@ private:
     std::atomic<SOCKET> socket = INVALID_SOCKET;
     uint32_t nextInvokeId = 1;
     ByteString receiveBuffer;  // bytes as they came from the socket
+    TlsConnection tls;         // between those and the plain stream, when the link is encrypted
     FrameCutter cutter;        // what of the plain stream is not cut into frames yet
 };
 

@@ -1,5 +1,8 @@
 #include "csta/framing.h"
 
+#include <string_view>
+
+#include "config/big_endian.h"
 #include "config/trace_log.h"
 
 namespace velmora {
@@ -8,16 +11,8 @@ namespace {
 constexpr size_t kLengthPosition = 2;
 constexpr size_t kInvokeIdPosition = 4;
 
-void AppendBigEndian(ByteString& bytes, uint32_t value, int count) {
-    for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) bytes += static_cast<char>((value >> shift) & 0xFF);
-}
-
-uint32_t ReadBigEndian(const ByteString& bytes, size_t position, size_t count) {
-    uint32_t value = 0;
-    for (size_t index = 0; index < count; ++index) {
-        value = (value << 8) | static_cast<unsigned char>(bytes[position + index]);
-    }
-    return value;
+uint32_t ReadNumber(const ByteString& bytes, size_t position, size_t count) {
+    return static_cast<uint32_t>(ReadBigEndian(std::string_view(bytes).substr(position, count)));
 }
 
 }  // namespace
@@ -28,7 +23,7 @@ ByteString EncodeFrame(uint32_t invokeId, const ByteString& xml) {
     ByteString frame;
     frame.reserve(length);
     frame.append(2, '\0');
-    AppendBigEndian(frame, static_cast<uint32_t>(length), 2);
+    AppendBigEndian(frame, length, 2);
     AppendBigEndian(frame, invokeId, 4);
     frame += xml;
     return frame;
@@ -44,7 +39,7 @@ void FrameCutter::Append(const ByteString& bytes) {
 std::optional<Frame> FrameCutter::Next() {
     const size_t held = buffer.size() - position;
     if (held < kFrameHeaderBytes) return {};
-    const size_t length = ReadBigEndian(buffer, position + kLengthPosition, 2);
+    const size_t length = ReadNumber(buffer, position + kLengthPosition, 2);
     if (length < kFrameHeaderBytes) {
         WriteLog(1, "Received a frame shorter than its header: dropped what was received");
         Clear();
@@ -53,7 +48,7 @@ std::optional<Frame> FrameCutter::Next() {
     if (held < length) return {};
 
     Frame frame;
-    frame.invokeId = ReadBigEndian(buffer, position + kInvokeIdPosition, 4);
+    frame.invokeId = ReadNumber(buffer, position + kInvokeIdPosition, 4);
     frame.xml = buffer.substr(position + kFrameHeaderBytes, length - kFrameHeaderBytes);
     position += length;
     return frame;

@@ -14,4 +14,8 @@ uint64_t TickCount64() {
     return handClockMs;
 }
 
+int64_t UnixSeconds() {
+    return static_cast<int64_t>(handClockMs / 1000);
+}
+
 }  // namespace velmora

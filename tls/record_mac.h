@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "config/byte_string.h"
+#include "crypto/hmac_key.h"
+#include "crypto/md5.h"
+#include "crypto/sha1.h"
+#include "tls/cipher_suite.h"
+#include "tls/protocol.h"
+
+namespace velmora {
+
+// What a record's MAC is taken over.
+struct MacInput {
+    uint64_t sequence;  // number of the record in its direction
+    RecordType type;
+    uint16_t version;  // the connection's; below kTls10 the form of SSL 3.0 is taken
+    std::string_view content;
+};
+
+// The MAC of one direction's records (RFC 2246, 6.2.3.1; RFC 6101, 5.2.3.1).
+class RecordMac {
+public:
+    // No MAC: 0 bytes.
+    RecordMac() = default;
+
+    // The secret has 16 bytes for MD5 and 20 for SHA-1.
+    RecordMac(MacKind macKind, ByteString macSecret);
+
+    // Writes the MAC to target: 16 bytes for MD5, 20 for SHA-1. target may be the end of the content.
+    void Write(const MacInput& input, char* target) const;
+
+private:
+    MacKind kind = MacKind::kNone;
+    ByteString secret;
+    HmacKey<Md5State> md5Key{""};
+    HmacKey<Sha1State> sha1Key{""};
+};
+
+}  // namespace velmora
