@@ -1,23 +1,11 @@
 #include "tests/crypto/certificate_files.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include "tests/support/file_bytes.h"
 
 namespace velmora {
 
 ByteString certificateFile(const ByteString& name) {
-    const ByteString path = ByteString(VELMORA_CERTIFICATES) + "/" + name + ".der";
-    const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (file == nullptr) {
-        std::perror(path.c_str());
-        std::abort();
-    }
-    ByteString bytes;
-    for (int byte = std::fgetc(file.get()); byte != EOF; byte = std::fgetc(file.get())) {
-        bytes += static_cast<char>(byte);
-    }
-    return bytes;
+    return FileBytes(ByteString(VELMORA_CERTIFICATES) + "/" + name + ".der");
 }
 
 }  // namespace velmora
