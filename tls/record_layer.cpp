@@ -51,7 +51,7 @@ ByteString TlsConnection::Send(std::string_view plaintext) {
 
 void TlsConnection::ReadRecord(RecordType type, ByteString body) {
     if (readProtected) {
-        std::optional<ByteString> content = readProtection.Unprotect(type, protocolVersion, std::move(body));
+        std::optional<ByteString> content = readProtection.Unprotect(type, protocolVersion, body);
         if (!content) {
             WriteLog(3, logPrefix, "Bad Record Mac");
             SendAlert(Alert::kBadRecordMac, AlertLevel::kFatal);

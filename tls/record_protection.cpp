@@ -1,7 +1,5 @@
 #include "tls/record_protection.h"
 
-#include <utility>
-
 #include "tls/constant_time.h"
 
 namespace velmora {
@@ -49,11 +47,11 @@ ByteString RecordProtection::Protect(RecordType type, uint16_t version, std::str
     plaintext.resize(content.size() + suite.macBytes);
     mac.Write({sequence++, type, version, content}, plaintext.data() + content.size());
     if (suite.BlockMode()) AppendPadding(plaintext, suite.blockBytes);
-    return Encrypt(std::move(plaintext));
+    return Encrypt(plaintext);
 }
 
-std::optional<ByteString> RecordProtection::Unprotect(RecordType type, uint16_t version, ByteString fragment) {
-    ByteString plaintext = Decrypt(std::move(fragment));
+std::optional<ByteString> RecordProtection::Unprotect(RecordType type, uint16_t version, const ByteString& fragment) {
+    ByteString plaintext = Decrypt(fragment);
     if (suite.BlockMode()) RemovePadding(plaintext);
     if (plaintext.size() < suite.macBytes) return {};
     const size_t contentBytes = plaintext.size() - suite.macBytes;
@@ -64,12 +62,12 @@ std::optional<ByteString> RecordProtection::Unprotect(RecordType type, uint16_t 
     return plaintext;
 }
 
-ByteString RecordProtection::Encrypt(ByteString plaintext) {
+ByteString RecordProtection::Encrypt(const ByteString& plaintext) {
     if (suite.cipherKind == CipherKind::kRc4) return rc4Process(rc4, plaintext);
     return suite.BlockMode() ? aes.encrypt(plaintext) : plaintext;
 }
 
-ByteString RecordProtection::Decrypt(ByteString ciphertext) {
+ByteString RecordProtection::Decrypt(const ByteString& ciphertext) {
     if (suite.cipherKind == CipherKind::kRc4) return rc4Process(rc4, ciphertext);
     return suite.BlockMode() ? aes.decrypt(ciphertext) : ciphertext;
 }

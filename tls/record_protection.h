@@ -35,13 +35,13 @@ public:
     ByteString Protect(RecordType type, uint16_t version, std::string_view content);
 
     // The content of the next record; none when its MAC is wrong, or when it is too short to have one.
-    std::optional<ByteString> Unprotect(RecordType type, uint16_t version, ByteString fragment);
+    std::optional<ByteString> Unprotect(RecordType type, uint16_t version, const ByteString& fragment);
 
 private:
     RecordProtection(const CipherSuite& cipherSuite, const DirectionKeys& keys);
 
-    ByteString Encrypt(ByteString plaintext);
-    ByteString Decrypt(ByteString ciphertext);
+    ByteString Encrypt(const ByteString& plaintext);
+    ByteString Decrypt(const ByteString& ciphertext);
 
     CipherSuite suite;
     RecordMac mac;
