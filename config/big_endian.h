@@ -11,15 +11,9 @@ namespace velmora {
 // Unsigned numbers in network byte order, the most significant byte first, as frames and TLS records carry them.
 
 // Appends the lowest count bytes of value; count is 1 to 8.
-inline void AppendBigEndian(ByteString& bytes, uint64_t value, size_t count) {
-    while (count > 0) bytes += static_cast<char>((value >> (8 * --count)) & 0xFF);
-}
+void AppendBigEndian(ByteString& bytes, uint64_t value, size_t count);
 
 // The number that the bytes stand for; 0 for none. Of more than 8 bytes, the last 8 count.
-inline uint64_t ReadBigEndian(std::string_view bytes) {
-    uint64_t value = 0;
-    for (const char byte : bytes) value = value << 8 | static_cast<unsigned char>(byte);
-    return value;
-}
+uint64_t ReadBigEndian(std::string_view bytes);
 
 }  // namespace velmora

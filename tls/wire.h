@@ -1,11 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
-#include "config/big_endian.h"
 #include "config/byte_string.h"
 
 namespace velmora {
@@ -23,22 +21,13 @@ public:
     uint16_t U16() { return static_cast<uint16_t>(Number(2)); }
     uint32_t U24() { return static_cast<uint32_t>(Number(3)); }
 
-    ByteString Bytes(size_t count) {
-        const size_t taken = std::min(count, left.size());
-        ByteString bytes(left.substr(0, taken));
-        left.remove_prefix(taken);
-        return bytes;
-    }
+    ByteString Bytes(size_t count);
 
     // What has not been read yet.
     std::string_view Rest() const { return left; }
 
 private:
-    uint64_t Number(size_t count) {
-        const uint64_t number = left.size() < count ? 0 : ReadBigEndian(left.substr(0, count));
-        left.remove_prefix(std::min(count, left.size()));
-        return number;
-    }
+    uint64_t Number(size_t count);
 
     std::string_view left;
 };
@@ -50,24 +39,19 @@ public:
     WireWriter& U16(uint64_t value) { return Number(value, 2); }
     WireWriter& U24(uint64_t value) { return Number(value, 3); }
 
-    WireWriter& Bytes(std::string_view value) {
-        bytes += value;
-        return *this;
-    }
+    WireWriter& Bytes(std::string_view value);
 
     // A byte string behind its length of one, two or three bytes. It must not be longer than they can say.
-    WireWriter& Bytes8(std::string_view value) { return U8(value.size()).Bytes(value); }
-    WireWriter& Bytes16(std::string_view value) { return U16(value.size()).Bytes(value); }
-    WireWriter& Bytes24(std::string_view value) { return U24(value.size()).Bytes(value); }
+    WireWriter& Bytes8(std::string_view value) { return BytesBehindLength(value, 1); }
+    WireWriter& Bytes16(std::string_view value) { return BytesBehindLength(value, 2); }
+    WireWriter& Bytes24(std::string_view value) { return BytesBehindLength(value, 3); }
 
     // What has been written.
     const ByteString& Written() const { return bytes; }
 
 private:
-    WireWriter& Number(uint64_t value, size_t count) {
-        AppendBigEndian(bytes, value, count);
-        return *this;
-    }
+    WireWriter& Number(uint64_t value, size_t count);
+    WireWriter& BytesBehindLength(std::string_view value, size_t lengthBytes);
 
     ByteString bytes;
 };
