@@ -3,7 +3,6 @@
 
 #include "config/ascii_case.h"
 #include "config/text_numbers.h"
-#include "config/trace_log.h"
 #include "tls/tls_connection.h"
 #include "tls/wire.h"
 
@@ -43,12 +42,12 @@ bool NameMatches(const ByteString& name, const ByteString& domain) {
 void TlsConnection::ProcessCertificate(std::string_view body) {
     LogHandshake("ProcessCertificate", body);
     std::vector<ByteString> certificates = ReadCertificateList(body);
-    LogHandshakeText("Received " + DecimalText(static_cast<int64_t>(certificates.size())) + " certificates");
+    LogHandshakeText({"Received ", DecimalText(static_cast<int64_t>(certificates.size())), " certificates"});
     if (certificates.empty()) return SendAlert(Alert::kUnknownCa, AlertLevel::kFatal);
 
     CertificateChain certificate(std::move(certificates), verifyCertificates ? "" : kSkipVerification);
     if (!verifyCertificates) {
-        LogHandshakeText("Don't verify certificates");
+        LogHandshakeText({"Don't verify certificates"});
     } else if (!NamesExpectedDomain(certificate)) {
         return SendAlert(Alert::kCertificateUnknown, AlertLevel::kFatal);
     }
@@ -62,8 +61,7 @@ bool TlsConnection::NamesExpectedDomain(const CertificateChain& certificate) con
     if (expectedDomain.empty()) return true;
     if (NameMatches(LowerCase(certificate.commonName), LowerCase(expectedDomain))) return true;
     if (!certificate.commonName.empty()) {
-        WriteLog(4, logPrefix + "Expecting domain " + expectedDomain + ", but received ",
-                 certificate.commonName + " in certificate");
+        Log(4, {"Expecting domain ", expectedDomain, ", but received ", certificate.commonName, " in certificate"});
     }
     return false;
 }

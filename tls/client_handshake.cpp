@@ -125,7 +125,7 @@ void TlsConnection::SendClientCertificate() {
             if (authority == issuer) {
                 answered = true;
             } else {
-                LogHandshakeText("Certificate request from " + authority + " could not be answered");
+                LogHandshakeText({"Certificate request from ", authority, " could not be answered"});
             }
         }
     }

@@ -67,7 +67,7 @@ void TlsConnection::ProcessHandshake(std::string_view message) {
             if (sendFinishedAfterPeers) SendFinished();
             return;
     }
-    WriteLog(6, logPrefix + "Ignoring handshake type " + DecimalText(static_cast<uint8_t>(type)));
+    Log(6, {"Ignoring handshake type ", DecimalText(static_cast<uint8_t>(type))});
 }
 
 void TlsConnection::SendHandshake(std::string_view step, HandshakeType type, std::string_view body) {
@@ -84,7 +84,7 @@ void TlsConnection::ProcessFinished(std::string_view body) {
     handshakeComplete = true;
     const Endpoint peer = self == Endpoint::kClient ? Endpoint::kServer : Endpoint::kClient;
     if (EqualInConstantTime(body, VerifyData(protocolVersion, masterSecret, peer, transcript))) return;
-    WriteLog(3, logPrefix, "Finished failed");
+    Log(3, {"Finished failed"});
     SendAlert(Alert::kDecryptionFailed, AlertLevel::kFatal);
 }
 
@@ -99,8 +99,11 @@ void TlsConnection::LogHandshake(std::string_view step, std::string_view value) 
     WriteLog(kHandshakeLogLevel, HandshakeLogHead().append(step), "(" + HexText(value) + ")");
 }
 
-void TlsConnection::LogHandshakeText(std::string_view text) const {
-    if (LogsLevel(kHandshakeLogLevel)) WriteLog(kHandshakeLogLevel, HandshakeLogHead(), text);
+void TlsConnection::LogHandshakeText(std::initializer_list<std::string_view> pieces) const {
+    if (!LogsLevel(kHandshakeLogLevel)) return;
+    ByteString text = HandshakeLogHead();
+    for (const std::string_view piece : pieces) text += piece;
+    WriteLog(kHandshakeLogLevel, text);
 }
 
 ByteString TlsConnection::HandshakeLogHead() const {

@@ -57,7 +57,7 @@ void TlsConnection::ReadRecord(RecordType type, ByteString body) {
     if (readProtected) {
         std::optional<ByteString> content = readProtection.Unprotect(type, protocolVersion, body);
         if (!content) {
-            WriteLog(3, logPrefix, "Bad Record Mac");
+            Log(3, {"Bad Record Mac"});
             SendAlert(Alert::kBadRecordMac, AlertLevel::kFatal);
             return;
         }
@@ -74,7 +74,7 @@ void TlsConnection::ReadRecord(RecordType type, ByteString body) {
             receivedPlaintext += body;
             return;
     }
-    WriteLog(5, logPrefix + "Received unknown type " + DecimalText(static_cast<uint8_t>(type)), " on record layer");
+    Log(5, {"Received unknown type ", DecimalText(static_cast<uint8_t>(type)), " on record layer"});
 }
 
 void TlsConnection::WriteRecord(RecordType type, std::string_view data) {
@@ -109,13 +109,19 @@ void TlsConnection::ProcessAlert(std::string_view body) {
     const auto level = static_cast<AlertLevel>(body[0]);
     const auto description = static_cast<Alert>(body[1]);
     if (level == AlertLevel::kWarning && description == Alert::kCloseNotify) {
-        WriteLog(8, logPrefix, "Received closure alert");
+        Log(8, {"Received closure alert"});
         if (!closeSent) SendAlert(Alert::kCloseNotify, AlertLevel::kWarning);
         return;
     }
     peerAlertReceived = true;
-    WriteLog(5, logPrefix + "Alert(" + DecimalText(static_cast<uint8_t>(level)) + ", " +
-                    DecimalText(static_cast<uint8_t>(description)) + ")");
+    Log(5, {"Alert(", DecimalText(body[0] & 0xFF), ", ", DecimalText(body[1] & 0xFF), ")"});
+}
+
+void TlsConnection::Log(int32_t level, std::initializer_list<std::string_view> pieces) const {
+    if (!LogsLevel(level)) return;
+    ByteString text = logPrefix;
+    for (const std::string_view piece : pieces) text += piece;
+    WriteLog(level, text);
 }
 
 }  // namespace velmora

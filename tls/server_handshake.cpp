@@ -26,7 +26,7 @@ void TlsConnection::ProcessClientHello(std::string_view body) {
     WireReader reader(body);
     const uint16_t clientVersion = reader.U16();
     if (clientVersion < kSsl30) {
-        WriteLog(7, logPrefix + "SSL version " + VersionText(clientVersion), " is not supported");
+        Log(7, {"SSL version ", VersionText(clientVersion), " is not supported"});
         return SendAlert(Alert::kProtocolVersion, AlertLevel::kFatal);
     }
     protocolVersion = std::min(clientVersion, kTls10);
@@ -36,14 +36,14 @@ void TlsConnection::ProcessClientHello(std::string_view body) {
 
     if (resumeSessions && !sessionId.empty() && ResumeSession()) return;
     if (!ChooseSuite(offeredSuites)) {
-        WriteLog(5, logPrefix, "No common cipher suite in client hello");
+        Log(5, {"No common cipher suite in client hello"});
         return SendAlert(Alert::kHandshakeFailure, AlertLevel::kFatal);
     }
     keyExchangeCertificate = ownCertificate();
     const CertificateChain& own = keyExchangeCertificate;
     setPrivateKey(privateKey, own.keyPrivateExponent, own.keyPublicExponent, own.keyModulus, own.keyPrime1,
                   own.keyPrime2);
-    if (!expectedDomain.empty()) WriteLog(7, logPrefix + "Received client hello for domain ", expectedDomain);
+    if (!expectedDomain.empty()) Log(7, {"Received client hello for domain ", expectedDomain});
     SendServerHello();
     SendServerCertificate();
     SendHandshake("SendHelloDone", HandshakeType::kServerHelloDone, {});
@@ -53,13 +53,13 @@ void TlsConnection::ProcessClientHello(std::string_view body) {
 bool TlsConnection::ResumeSession() {
     const std::optional<CachedSession> session = sessionCache.Resume(sessionId);
     if (!session) {
-        WriteLog(7, logPrefix + "Session " + HexText(sessionId), " not found");
+        if (LogsLevel(7)) Log(7, {"Session ", HexText(sessionId), " not found"});
         sessionId.clear();
         return false;
     }
     suite = FindCipherSuite(session->cipherSuite);
     masterSecret = session->masterSecret;
-    WriteLog(7, logPrefix + "Resuming session ", HexText(sessionId));
+    if (LogsLevel(7)) Log(7, {"Resuming session ", HexText(sessionId)});
     SendServerHello();
     SendChangeCipherSpec();
     PerformChangeCipherSpec();
@@ -101,7 +101,7 @@ void TlsConnection::SendServerCertificate() {
 // a peer whether its padding was right.
 void TlsConnection::ProcessClientKeyExchange(std::string_view body) {
     LogHandshake("ProcessClientKeyExchange", body);
-    if (!suite.IsKnown()) return WriteLog(1, logPrefix, "Unknown Cipher");
+    if (!suite.IsKnown()) return Log(1, {"Unknown Cipher"});
     WireReader reader(body);
     // SSL 3.0 has no length in front of the block.
     const ByteString encrypted = reader.Bytes(protocolVersion >= kTls10 ? reader.U16() : body.size());

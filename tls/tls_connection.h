@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 
 #include "config/byte_string.h"
@@ -78,6 +79,7 @@ private:
     void WriteRecord(RecordType type, std::string_view data);
     void SendAlert(Alert description, AlertLevel level);
     void ProcessAlert(std::string_view body);
+    void Log(int32_t level, std::initializer_list<std::string_view> pieces) const;
 
     // handshake.cpp
     void ProcessHandshakeRecord(std::string_view body);
@@ -86,7 +88,7 @@ private:
     void ProcessFinished(std::string_view body);
     void SendFinished();
     void LogHandshake(std::string_view step, std::string_view value) const;
-    void LogHandshakeText(std::string_view text) const;
+    void LogHandshakeText(std::initializer_list<std::string_view> pieces) const;
     ByteString HandshakeLogHead() const;
 
     // change_cipher_spec.cpp
