@@ -78,7 +78,9 @@ public:
                 std::printf("%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
                 continue;
             }
-            Enter(run.run_name.function_name, run.cpu_accumulated_time * 1e9 / static_cast<double>(run.iterations));
+            const bool ownTime = !run.run_name.time_type.empty();
+            const double seconds = ownTime ? run.real_accumulated_time : run.cpu_accumulated_time;
+            Enter(run.run_name.function_name, seconds * 1e9 / static_cast<double>(run.iterations));
         }
     }
 

@@ -21,6 +21,17 @@ void AddContender(const std::string& unit, const std::string& caseName, const st
     });
 }
 
+// Likewise for work that takes its own time, leaving out what is not to be measured: one call does operations of them
+// and returns the seconds that they took together.
+template <typename TimedWork>
+void AddTimedContender(const std::string& unit, const std::string& caseName, const std::string& contender,
+                       int operations, TimedWork work) {
+    const std::string name = unit + "/" + caseName + "/" + contender;
+    benchmark::RegisterBenchmark(name.c_str(), [operations, work](benchmark::State& state) mutable {
+        while (state.KeepRunningBatch(operations)) state.SetIterationTime(work());
+    })->UseManualTime();
+}
+
 // Runs all that was entered and prints a line for each case that we take part in: our time, the best peer and its
 // time, the ratio, and what targets.h asks. A contender's time is its least over several turns. The arguments are
 // Google Benchmark's. Gives the exit status for main: 1 for arguments that it does not know.
