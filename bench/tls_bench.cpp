@@ -214,12 +214,13 @@ void ForEachMatch(const TlsSetup& setup, AddCases addCases) {
 void AddHandshakes(Endpoint role, const std::string& identity) {
     const std::string end = role == Endpoint::kClient ? "client" : "server";
     const std::string caseName = identity + " aes128-sha";
-    const TlsSetup setup = {role, kRsaWithAes128Sha, identity};
+    TlsSetup setup = {role, kRsaWithAes128Sha, identity};
     ForEachMatch(setup, [&](const char* name, const std::shared_ptr<Match>& match) {
         AddTimedContender("tls-handshake-" + end, caseName, name, kConnections,
                           [match] { return match->FullHandshakes(); });
     });
     if (identity != "rsa2048") return;
+    setup.resumes = true;
     ForEachMatch(setup, [&](const char* name, const std::shared_ptr<Match>& match) {
         AddTimedContender("tls-resume-" + end, caseName, name, kConnections,
                           [match] { return match->ResumedHandshakes(); });

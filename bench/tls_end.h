@@ -63,6 +63,7 @@ struct TlsSetup {
     Endpoint role = Endpoint::kClient;
     CipherSuite suite;     // the only one that a peer offers or accepts
     std::string identity;  // the server's: see tests/support/tls_identity.h
+    bool resumes = false;  // whether a server keeps its sessions
 };
 
 // A library's part in a case, with what its connections share.

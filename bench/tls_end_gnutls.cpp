@@ -51,7 +51,7 @@ ssize_t WriteToWire(gnutls_transport_ptr_t wire, const void* bytes, size_t count
 
 // What the connections of a case share.
 struct Shared {
-    Endpoint role;
+    TlsSetup setup;
     gnutls_priority_t priorities = nullptr;
     gnutls_certificate_credentials_t credentials = nullptr;
     Sessions sessions;
@@ -73,10 +73,10 @@ public:
 
     void StartOver() override {
         gnutls_datum_t data = {};
-        if (shared.role == Endpoint::kClient) gnutls_session_get_data2(session, &data);
+        if (shared.setup.role == Endpoint::kClient) gnutls_session_get_data2(session, &data);
         gnutls_deinit(session);
         SetUp();
-        if (shared.role == Endpoint::kClient) gnutls_session_set_data(session, data.data, data.size);
+        if (shared.setup.role == Endpoint::kClient) gnutls_session_set_data(session, data.data, data.size);
         gnutls_free(data.data);
     }
 
@@ -94,7 +94,7 @@ public:
 private:
     void SetUp() {
         complete = false;
-        const unsigned int mode = shared.role == Endpoint::kClient ? GNUTLS_CLIENT : GNUTLS_SERVER;
+        const unsigned int mode = shared.setup.role == Endpoint::kClient ? GNUTLS_CLIENT : GNUTLS_SERVER;
         gnutls_init(&session, mode | GNUTLS_NONBLOCK | GNUTLS_NO_EXTENSIONS | GNUTLS_NO_TICKETS | GNUTLS_NO_SIGNAL);
         gnutls_priority_set(session, shared.priorities);
         gnutls_credentials_set(session, GNUTLS_CRD_CERTIFICATE, shared.credentials);
@@ -105,7 +105,7 @@ private:
         gnutls_transport_set_pull_function(session, [](gnutls_transport_ptr_t end, void* target, size_t capacity) {
             return static_cast<GnuTlsEnd*>(end)->ReadFromWire(target, capacity);
         });
-        if (shared.role == Endpoint::kServer) {
+        if (shared.setup.role == Endpoint::kServer && shared.setup.resumes) {
             gnutls_db_set_ptr(session, &shared.sessions);
             gnutls_db_set_store_function(session, StoreSession);
             gnutls_db_set_retrieve_function(session, RetrieveSession);
@@ -138,7 +138,7 @@ std::string PriorityText(const CipherSuite& suite) {
 class Maker : public TlsMaker {
 public:
     explicit Maker(const TlsSetup& setup) {
-        shared.role = setup.role;
+        shared.setup = setup;
         Require(gnutls_priority_init(&shared.priorities, PriorityText(setup.suite).c_str(), nullptr) == 0,
                 "GnuTLS's priorities");
         gnutls_certificate_allocate_credentials(&shared.credentials);

@@ -93,7 +93,8 @@ public:
         mbedtls_ssl_conf_session_tickets(&config, MBEDTLS_SSL_SESSION_TICKETS_DISABLED);
         mbedtls_ssl_conf_cbc_record_splitting(&config, MBEDTLS_SSL_CBC_RECORD_SPLITTING_DISABLED);
         if (isClient) return;
-        mbedtls_ssl_conf_session_cache(&config, &cache, mbedtls_ssl_cache_get, mbedtls_ssl_cache_set);
+        if (setup.resumes)
+            mbedtls_ssl_conf_session_cache(&config, &cache, mbedtls_ssl_cache_get, mbedtls_ssl_cache_set);
         UseIdentity(LoadTlsIdentity(setup.identity));
     }
 

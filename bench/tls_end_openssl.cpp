@@ -116,7 +116,7 @@ public:
         SSL_CTX_set_cert_verify_callback(context.get(), AcceptCertificate, nullptr);
         SSL_CTX_set_read_ahead(context.get(), 1);
         if (role == Endpoint::kServer) {
-            SSL_CTX_set_session_cache_mode(context.get(), SSL_SESS_CACHE_SERVER);
+            SSL_CTX_set_session_cache_mode(context.get(), setup.resumes ? SSL_SESS_CACHE_SERVER : SSL_SESS_CACHE_OFF);
             UseIdentity(context.get(), LoadTlsIdentity(setup.identity));
         }
     }

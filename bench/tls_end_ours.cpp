@@ -17,10 +17,10 @@ constexpr uint64_t kUntilSessionsResumeMs = 3600 * 1000;
 
 class OurEnd : public TlsEnd {
 public:
-    explicit OurEnd(Endpoint chosenRole) : role(chosenRole) { SetUp(); }
+    explicit OurEnd(const TlsSetup& chosenSetup) : setup(chosenSetup) { SetUp(); }
 
     void Handshake() override {
-        if (wire.incoming.empty() && role == Endpoint::kClient) connection.StartClientHandshake();
+        if (wire.incoming.empty() && setup.role == Endpoint::kClient) connection.StartClientHandshake();
         if (!wire.incoming.empty()) connection.Feed(Received());
         Write(connection.Send({}));
     }
@@ -42,14 +42,14 @@ public:
 private:
     void SetUp() {
         connection.verifyCertificates = false;
-        connection.resumeSessions = true;
+        connection.resumeSessions = setup.resumes;
     }
 
     std::string_view Received() { return {buffer.data(), wire.Read(buffer.data(), buffer.size())}; }
 
     void Write(const ByteString& bytes) { wire.Write(bytes.data(), bytes.size()); }
 
-    Endpoint role;
+    const TlsSetup& setup;
     TlsConnection connection;
     ByteString plaintext;
     std::array<char, kReceivedMaxBytes> buffer;
@@ -65,7 +65,7 @@ public:
         handClockMs += kUntilSessionsResumeMs;
     }
 
-    std::unique_ptr<TlsEnd> NewEnd() override { return std::make_unique<OurEnd>(setup.role); }
+    std::unique_ptr<TlsEnd> NewEnd() override { return std::make_unique<OurEnd>(setup); }
 
 private:
     TlsSetup setup;
