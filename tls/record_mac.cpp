@@ -33,14 +33,14 @@ void WriteMac(const HmacKey<Hash>& key, std::string_view secret, const MacInput&
 
 }  // namespace
 
-RecordMac::RecordMac(MacKind macKind, ByteString macSecret) : kind(macKind), secret(std::move(macSecret)) {
-    if (kind == MacKind::kMd5) md5Key = HmacKey<Md5State>(secret);
-    if (kind == MacKind::kSha1) sha1Key = HmacKey<Sha1State>(secret);
+RecordMac::RecordMac(MacKind kind, ByteString macSecret) : secret(std::move(macSecret)) {
+    if (kind == MacKind::kMd5) key = HmacKey<Md5State>(secret);
+    if (kind == MacKind::kSha1) key = HmacKey<Sha1State>(secret);
 }
 
 void RecordMac::Write(const MacInput& input, char* target) const {
-    if (kind == MacKind::kMd5) WriteMac(md5Key, secret, input, target);
-    if (kind == MacKind::kSha1) WriteMac(sha1Key, secret, input, target);
+    if (const auto* md5Key = std::get_if<HmacKey<Md5State>>(&key)) WriteMac(*md5Key, secret, input, target);
+    if (const auto* sha1Key = std::get_if<HmacKey<Sha1State>>(&key)) WriteMac(*sha1Key, secret, input, target);
 }
 
 }  // namespace velmora

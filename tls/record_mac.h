@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <variant>
 
 #include "config/byte_string.h"
 #include "crypto/hmac_key.h"
@@ -28,16 +29,14 @@ public:
     RecordMac() = default;
 
     // The secret has 16 bytes for MD5 and 20 for SHA-1.
-    RecordMac(MacKind macKind, ByteString macSecret);
+    RecordMac(MacKind kind, ByteString macSecret);
 
     // Writes the MAC to target: 16 bytes for MD5, 20 for SHA-1. target may be the end of the content.
     void Write(const MacInput& input, char* target) const;
 
 private:
-    MacKind kind = MacKind::kNone;
     ByteString secret;
-    HmacKey<Md5State> md5Key{""};
-    HmacKey<Sha1State> sha1Key{""};
+    std::variant<std::monostate, HmacKey<Md5State>, HmacKey<Sha1State>> key;  // for TLS; SSL 3.0 takes its hash alone
 };
 
 }  // namespace velmora
