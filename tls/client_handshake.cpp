@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint16_t kServerNameExtension = 0;  // RFC 6066, section 3
 constexpr uint8_t kHostName = 0;              // its one kind of name
-constexpr size_t kHostNameMaxBytes = 65530;   // what leaves room for the lengths around it
+constexpr size_t kHostNameMaxBytes = 65526;   // what leaves room for the lengths around it
 constexpr uint8_t kRsaSign = 1;               // the client certificate type (RFC 2246, 7.4.4)
 
 ByteString OfferedSuites() {

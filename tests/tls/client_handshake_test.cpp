@@ -164,6 +164,30 @@ TEST_F(ClientHandshakeTest, ClientHelloNamesTheDomain) {
                   toHex("pbx.example"));
 }
 
+TEST_F(ClientHandshakeTest, ClientHelloNamesTheLongestDomainThatItsLengthsCanSayAndNoneAboveThat) {
+    const size_t bare = MessagesIn(RecordsIn(Start())[0].fragment)[0].body.size();
+    const auto helloFor = [](size_t domainBytes) {
+        TlsConnection asking;
+        asking.SetExpectedDomain(ByteString(domainBytes, 'd'));
+        asking.StartClientHandshake();
+        ByteString fragments;
+        for (const SeenRecord& record : RecordsIn(asking.Send({}))) fragments += record.fragment;
+        return MessagesIn(fragments)[0].body;
+    };
+    const ByteString longest = helloFor(65526);
+    EXPECT_EQ(longest.size(), bare + 2 + 65535);
+    EXPECT_EQ(toHex(longest.substr(bare, 11)),
+              "ffff"
+              "0000"
+              "fffb"
+              "fff9"
+              "00"
+              "fff6");
+    EXPECT_EQ(helloFor(65527).size(), bare);
+    EXPECT_EQ(helloFor(65530).size(), bare);
+    EXPECT_EQ(helloFor(70000).size(), bare);
+}
+
 TEST_F(ClientHandshakeTest, ClientHelloOffersTheSessionThatTheServerNamedBefore) {
     Complete({.sessionId = "thirty-two bytes of a session id"});
     client.Reset();
