@@ -25,8 +25,8 @@ namespace velmora {
 // Messages are not checked against the state of the handshake: each is processed whenever it arrives. Keep.
 class TlsConnection {
 public:
-    // Whether the names in the peer's certificate chain, and its signatures, are looked at. A wrong name ends the
-    // connection; a wrong signature is logged and no more. Keep.
+    // Whether the name in the peer's certificate, and the signatures of its chain, are looked at. A wrong name ends the
+    // connection. So does a wrong signature, since a chain that is not verified has neither name nor key.
     bool verifyCertificates = true;
 
     // Whether a server stores its sessions in the sessionCache and resumes them.
