@@ -1,0 +1,42 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+#include "config/byte_string.h"
+#include "tests/interop/tls_peer.h"
+
+namespace velmora::interop {
+
+// A library and a suite of it. Each test of the same name runs over all of them.
+struct InteropCase {
+    TlsLibrary library;
+    const char* suite;
+    uint16_t suiteNumber;  // RFC 2246, A.5, and RFC 3268
+};
+
+inline constexpr InteropCase kInteropCases[] = {
+    {TlsLibrary::kOpenSsl, "AES128-SHA", 0x002F}, {TlsLibrary::kOpenSsl, "AES256-SHA", 0x0035},
+    {TlsLibrary::kGnuTls, "AES128-SHA", 0x002F},  {TlsLibrary::kGnuTls, "AES256-SHA", 0x0035},
+    {TlsLibrary::kGnuTls, "RC4-SHA", 0x0005},     {TlsLibrary::kGnuTls, "RC4-MD5", 0x0004},
+};
+
+// As GoogleTest wants names: "OpenSsl_AES128_SHA".
+inline ByteString CaseName(const testing::TestParamInfo<InteropCase>& info) {
+    ByteString name = info.param.library == TlsLibrary::kOpenSsl ? "OpenSsl_" : "GnuTls_";
+    for (const char character : ByteString(info.param.suite)) name += character == '-' ? '_' : character;
+    return name;
+}
+
+// Around and beyond what fits into one record.
+inline constexpr size_t kDataLengths[] = {0, 1, 16384, 16385, 1000000};
+
+// Data of a length that shows any byte that is lost, doubled or out of place.
+inline ByteString SampleData(size_t length) {
+    ByteString data(length, '\0');
+    for (size_t index = 0; index < length; ++index) data[index] = static_cast<char>(index * 31 + index / 251);
+    return data;
+}
+
+}  // namespace velmora::interop
