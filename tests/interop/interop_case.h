@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "config/byte_string.h"
@@ -22,11 +24,15 @@ inline constexpr InteropCase kInteropCases[] = {
     {TlsLibrary::kGnuTls, "RC4-SHA", 0x0005},     {TlsLibrary::kGnuTls, "RC4-MD5", 0x0004},
 };
 
-// As GoogleTest wants names: "OpenSsl_AES128_SHA".
+// A suite's name as GoogleTest allows it: "AES128_SHA".
+inline ByteString SuiteName(ByteString suite) {
+    std::ranges::replace(suite, '-', '_');
+    return suite;
+}
+
+// "OpenSsl_AES128_SHA"
 inline ByteString CaseName(const testing::TestParamInfo<InteropCase>& info) {
-    ByteString name = info.param.library == TlsLibrary::kOpenSsl ? "OpenSsl_" : "GnuTls_";
-    for (const char character : ByteString(info.param.suite)) name += character == '-' ? '_' : character;
-    return name;
+    return (info.param.library == TlsLibrary::kOpenSsl ? "OpenSsl_" : "GnuTls_") + SuiteName(info.param.suite);
 }
 
 // Around and beyond what fits into one record.

@@ -1,5 +1,7 @@
 #include "tests/interop/record_editing.h"
 
+#include <algorithm>
+
 #include "config/big_endian.h"
 
 namespace velmora::interop {
@@ -60,11 +62,8 @@ ByteString WithHandshakeInPieces(const ByteString& bytes, size_t pieceBytes) {
 
 ByteString WithLastByteChanged(const ByteString& bytes, RecordType type) {
     std::vector<WireRecord> records = CutRecords(bytes);
-    for (auto record = records.rbegin(); record != records.rend(); ++record) {
-        if (record->type != type) continue;
-        record->fragment.back() = static_cast<char>(record->fragment.back() ^ 1);
-        break;
-    }
+    const auto first = std::ranges::find(records, type, &WireRecord::type);
+    if (first != records.end()) first->fragment.back() = static_cast<char>(first->fragment.back() ^ 1);
     return JoinRecords(records);
 }
 

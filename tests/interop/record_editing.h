@@ -28,7 +28,7 @@ ByteString WithHandshakeInOneRecord(const ByteString& bytes);
 // ChangeCipherSpec is touched.
 ByteString WithHandshakeInPieces(const ByteString& bytes, size_t pieceBytes);
 
-// The last byte of the last record of a type changed; nothing is when there is no such record.
+// The last byte of the first record of a type changed; nothing is when there is no such record.
 ByteString WithLastByteChanged(const ByteString& bytes, RecordType type);
 
 }  // namespace velmora::interop

@@ -1,11 +1,16 @@
 #include "tests/interop/tls_dialogue.h"
 
+#include <utility>
+
 namespace velmora::interop {
 
-TlsDialogue::TlsDialogue(TlsLibrary library, const TlsPeerOptions& peerOptions)
-    : peer(MakeTlsPeer(library, peerOptions)), weAreClient(peerOptions.role == PeerRole::kServer) {
+TlsDialogue::TlsDialogue(std::unique_ptr<TlsPeer> otherEnd, PeerRole itsRole)
+    : peer(std::move(otherEnd)), weAreClient(itsRole == PeerRole::kServer) {
     ours.verifyCertificates = false;
 }
+
+TlsDialogue::TlsDialogue(TlsLibrary library, const TlsPeerOptions& peerOptions)
+    : TlsDialogue(MakeTlsPeer(library, peerOptions), peerOptions.role) {}
 
 void TlsDialogue::Send(const ByteString& data) {
     ByteString toUs;

@@ -13,6 +13,7 @@ namespace velmora::interop {
 // Our end and another's, joined by byte strings.
 class TlsDialogue {
 public:
+    TlsDialogue(std::unique_ptr<TlsPeer> otherEnd, PeerRole itsRole);
     TlsDialogue(TlsLibrary library, const TlsPeerOptions& peerOptions);
 
     // Carries bytes to and fro until neither end has any more to send. What comes out at our end is appended to

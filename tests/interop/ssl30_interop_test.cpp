@@ -1,0 +1,121 @@
+// Our server over SSL 3.0, with NSS as the client: the last library here that speaks it.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "tests/interop/interop_case.h"
+#include "tests/interop/nss_peer.h"
+#include "tests/interop/record_editing.h"
+#include "tests/interop/tls_dialogue.h"
+#include "tests/support/hand_clock.h"
+#include "tls/session_cache.h"
+
+namespace velmora::interop {
+namespace {
+
+constexpr int kBadRecordMac = 20;
+
+// Longer than any session waits until it can be resumed.
+constexpr uint64_t kSessionWaitMs = 1200 * 1000;
+
+struct Ssl30Case {
+    const char* suite;
+    uint16_t suiteNumber;
+};
+
+class Ssl30Interop : public testing::TestWithParam<Ssl30Case> {
+protected:
+    Ssl30Interop() {
+        UseTlsIdentity("rsa2048");
+        sessionCache.Clear();
+    }
+
+    TlsDialogue WithNss(bool resumption = false) const {
+        const TlsPeerOptions options = {.role = PeerRole::kClient, .suite = GetParam().suite, .resumption = resumption};
+        return {std::make_unique<NssPeer>(options), PeerRole::kClient};
+    }
+};
+
+constexpr Ssl30Case kCases[] = {
+    {"RC4-MD5", 0x0004}, {"RC4-SHA", 0x0005}, {"AES128-SHA", 0x002F}, {"AES256-SHA", 0x0035}};
+
+ByteString Ssl30CaseName(const testing::TestParamInfo<Ssl30Case>& info) {
+    return SuiteName(info.param.suite);
+}
+
+INSTANTIATE_TEST_SUITE_P(WithNss, Ssl30Interop, testing::ValuesIn(kCases), Ssl30CaseName);
+
+TEST_P(Ssl30Interop, CompletesTheHandshakeWithKeysOfEverySize) {
+    for (const char* identity : {"rsa1024", "rsa2048", "rsa4096"}) {
+        SCOPED_TRACE(identity);
+        UseTlsIdentity(identity);
+        TlsDialogue dialogue = WithNss();
+        dialogue.Handshake();
+        EXPECT_TRUE(dialogue.IsUp()) << dialogue.peer->State().failure;
+        EXPECT_EQ(dialogue.ours.ProtocolVersion(), 0x0300);
+        EXPECT_EQ(dialogue.ours.Suite().number, GetParam().suiteNumber);
+        EXPECT_EQ(dialogue.peer->State().version, 0x0300);
+        EXPECT_EQ(dialogue.peer->State().suite, GetParam().suite);
+        EXPECT_EQ(dialogue.peer->State().peerCertificate, LoadTlsIdentity(identity).certificate);
+        EXPECT_TRUE(dialogue.Carries("data"));
+    }
+}
+
+TEST_P(Ssl30Interop, CarriesDataOfEveryLengthBothWays) {
+    TlsDialogue dialogue = WithNss();
+    dialogue.Handshake();
+    for (const size_t length : kDataLengths) EXPECT_TRUE(dialogue.Carries(SampleData(length))) << length;
+    EXPECT_TRUE(dialogue.IsUp());
+}
+
+TEST_P(Ssl30Interop, AnswersTheClientsCloseNotify) {
+    TlsDialogue dialogue = WithNss();
+    dialogue.Handshake();
+    dialogue.peer->Write("last words");
+    dialogue.peer->Close();
+    dialogue.Exchange();
+    EXPECT_EQ(dialogue.received, "last words");
+    EXPECT_TRUE(dialogue.peer->State().closeReceived);
+    EXPECT_TRUE(dialogue.IsUp());
+}
+
+TEST_P(Ssl30Interop, EndsTheConnectionOverATamperedRecord) {
+    TlsDialogue dialogue = WithNss();
+    dialogue.Handshake();
+    dialogue.onWayToUs = [](const ByteString& bytes) {
+        return WithLastByteChanged(bytes, RecordType::kApplicationData);
+    };
+    dialogue.peer->Write("tampered with");
+    dialogue.Exchange();
+    EXPECT_EQ(dialogue.received, "");
+    EXPECT_TRUE(dialogue.ours.Failed());
+    EXPECT_EQ(dialogue.peer->State().alertReceived, kBadRecordMac);
+}
+
+TEST_P(Ssl30Interop, NoticesTheClientsAlertForATamperedRecord) {
+    TlsDialogue dialogue = WithNss();
+    dialogue.Handshake();
+    dialogue.onWayToPeer = [](const ByteString& bytes) {
+        return WithLastByteChanged(bytes, RecordType::kApplicationData);
+    };
+    dialogue.Send("tampered with");
+    EXPECT_TRUE(dialogue.peer->State().failed);
+    EXPECT_EQ(dialogue.peer->Read(), "");
+    EXPECT_TRUE(dialogue.ours.PeerAlertReceived());
+}
+
+TEST_P(Ssl30Interop, ResumesASessionOnceItsTimeHasPassed) {
+    TlsDialogue dialogue = WithNss(true);
+    dialogue.ours.resumeSessions = true;
+    dialogue.Handshake();
+    EXPECT_TRUE(dialogue.IsUp()) << dialogue.peer->State().failure;
+    handClockMs += kSessionWaitMs;
+    dialogue.Reconnect();
+    EXPECT_TRUE(dialogue.IsUp()) << dialogue.peer->State().failure;
+    EXPECT_TRUE(dialogue.peer->State().resumed);
+    EXPECT_TRUE(dialogue.Carries(SampleData(20000)));
+}
+
+}  // namespace
+}  // namespace velmora::interop
