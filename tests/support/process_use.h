@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+
+namespace velmora {
+
+// What this process uses at the moment, the provider and the test together.
+
+// Handles that are open.
+size_t OpenHandles();
+
+// In use on all heaps.
+size_t HeapBytes();
+
+// In use as memory of the process alone: heaps and the stacks of its threads.
+size_t CommittedBytes();
+
+}  // namespace velmora
