@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -120,23 +119,26 @@ TEST_F(SettingsTest, WithoutAnyKeyLogNothingAndStillInitialise) {
     EXPECT_FALSE(log.Exists());
 }
 
-// Encryption is on by default and for any number above zero. The provider cannot encrypt yet, and then it says so and
-// lets nothing out.
-TEST_F(SettingsTest, LetNothingOutInTheClearWhenEncryptionIsOn) {
+TEST_F(SettingsTest, EncryptByDefaultAndWhenTheNumberIsAboveZero) {
     registry.RemoveValue("encrypt");
-    size_t sessions = 0;
     for (const char* text : {"", "1", "2", " +7 times", "2147483647"}) {
         SCOPED_TRACE(text);
         if (*text != '\0') registry.Set("encrypt", text);
-        const LogTexts texts = Recorded([&] { Init(); });
-        EXPECT_EQ(std::count(texts.begin(), texts.end(), "This version cannot encrypt the link yet: it sends nothing"),
-                  1);
+        const size_t before = pbx.Bytes().size();
+        Init();
+        // A TLS 1.0 handshake record that starts with a ClientHello (RFC 2246, 6.2.1 and 7.4).
+        ASSERT_TRUE(pbx.WaitForBytes(before + 6));
+        const std::string bytes = pbx.Bytes().substr(before);
+        EXPECT_EQ(bytes.substr(0, 3), "\x16\x03\x01");
+        EXPECT_EQ(bytes[5], '\x01');
         MakeCall(L"1");
-        EXPECT_TRUE(pbx.WaitForConnections(++sessions));
         Stop();
         EXPECT_TRUE(pbx.WaitForEnd());
     }
-    EXPECT_EQ(pbx.Bytes(), "");
+    const std::string bytes = pbx.Bytes();
+    for (const char* clear : {"<?xml", "StartApplicationSession", "MakeCall", kPassword}) {
+        EXPECT_EQ(bytes.find(clear), std::string::npos) << clear << " goes out in the clear";
+    }
 }
 
 TEST_F(SettingsTest, DoNotEncryptWhenTheNumberIsZeroOrBelow) {
