@@ -105,6 +105,8 @@ ByteString TakeOption(Options& options, ArgumentReader& reader) {
         {"--error-on-makecall", &behaviour.errorOnMakeCall},
         {"--events", &behaviour.events},
         {"--silent", &behaviour.silent},
+        {"--tls", &options.tls},
+        {"--tls-refuse", &options.refuseTls},
         {"--once", &options.once},
         {"--quiet", &options.quiet},
         {"--help", &options.help},
@@ -113,10 +115,8 @@ ByteString TakeOption(Options& options, ArgumentReader& reader) {
         {"--version", &options.version},
     };
     const Text texts[] = {
-        {"--bind", &options.bindAddress},
-        {"--user", &behaviour.user},
-        {"--password", &behaviour.password},
-        {"--domain", &behaviour.domain},
+        {"--bind", &options.bindAddress}, {"--user", &behaviour.user},          {"--password", &behaviour.password},
+        {"--domain", &behaviour.domain},  {"--cert", &options.certificateFile}, {"--key", &options.keyFile},
     };
     const Number numbers[] = {
         {"--port", &options.port, 0, 65535},
@@ -136,12 +136,25 @@ ByteString TakeOption(Options& options, ArgumentReader& reader) {
     return "there is no option \"" + reader.Name() + "\"";
 }
 
+// What is wrong with options that are each right by themselves; empty when nothing is.
+ByteString CombinationFault(const Options& options) {
+    const bool hasCertificate = !options.certificateFile.empty();
+    const bool hasKey = !options.keyFile.empty();
+    if (hasCertificate && !hasKey) return "--cert needs --key with it, the certificate's private key";
+    if (hasKey && !hasCertificate) return "--key needs --cert with it, the key's certificate";
+    if (options.tls) return {};
+    if (hasCertificate) return "--cert and --key need --tls with them";
+    if (options.refuseTls) return "--tls-refuse needs --tls with it";
+    return {};
+}
+
 }  // namespace
 
 CommandLine ParseCommandLine(const std::vector<ByteString>& arguments) {
     CommandLine commandLine;
     ArgumentReader reader(arguments);
     while (commandLine.fault.empty() && reader.Next()) commandLine.fault = TakeOption(commandLine.options, reader);
+    if (commandLine.fault.empty()) commandLine.fault = CombinationFault(commandLine.options);
     return commandLine;
 }
 
@@ -157,6 +170,14 @@ Where it listens:
   --port N              TCP port; 0 for any free one (default: 5050)
   --bind ADDRESS        local address; 0.0.0.0 for all (default: 127.0.0.1)
 
+Encryption:
+  --tls                 speak TLS 1.0 or SSL 3.0 on the port
+  --cert FILE           the PBX's certificate, in DER; its chain may follow it
+  --key FILE            the certificate's private key, an RSAPrivateKey in DER
+  --tls-refuse          refuse every TLS handshake
+Without --cert and --key the PBX shows a TEST certificate, whose private key
+everyone has.
+
 Who may log in (what is not given is not checked):
   --user NAME           the user name
   --password PASSWORD   the password
@@ -170,7 +191,7 @@ What it does:
   --error-on-makecall   refuse every call
   --events              send the events of a call: dialled, ringing, answered,
                         cleared
-  --split BYTES         send every message in pieces of BYTES bytes
+  --split BYTES         send everything in pieces of BYTES bytes
   --silent              accept connections, but never answer
 
 The program:
@@ -183,8 +204,9 @@ Example: a PBX that knows the user 40
 and the provider's settings for it:
   username 40, password secret, domain example.com,
   address 127.0.0.1, port 5050, encrypt 0
+The same with encryption: add --tls, and set encrypt to 1.
 
-Ctrl-C ends it. Exit code: 0 fine, 1 it could not listen, 2 wrong command line.
+Ctrl-C ends it. Exit code: 0 fine, 1 it could not start, 2 wrong command line.
 )";
 }
 

@@ -13,11 +13,15 @@ struct Options {
     ByteString bindAddress = "127.0.0.1";  // local address or host name to listen on
     int32_t port = 5050;                   // TCP port; 0: any free one
     Behaviour behaviour;
-    int32_t splitBytes = 0;  // every frame is sent in pieces of so many bytes; 0: whole
-    bool once = false;       // end when the first client has gone
-    bool quiet = false;      // print no messages
-    bool help = false;       // print the help text and end
-    bool version = false;    // print the version and end
+    bool tls = false;            // speak TLS on the port
+    ByteString certificateFile;  // the PBX's own certificates in DER; empty: the test identity
+    ByteString keyFile;          // their private key in DER; empty together with the former
+    bool refuseTls = false;      // refuse every TLS handshake
+    int32_t splitBytes = 0;      // what is sent at a time goes in pieces of so many bytes; 0: whole
+    bool once = false;           // end when the first client has gone
+    bool quiet = false;          // print no messages
+    bool help = false;           // print the help text and end
+    bool version = false;        // print the version and end
 };
 
 struct CommandLine {

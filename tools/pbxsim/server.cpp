@@ -7,8 +7,10 @@
 
 #include "config/clock.h"
 #include "config/text_numbers.h"
-#include "tools/pbxsim/client.h"
+#include "tools/pbxsim/channel.h"
+#include "tools/pbxsim/identity.h"
 #include "tools/pbxsim/sockets.h"
+#include "tools/pbxsim/test_identity.h"
 
 namespace velmora::pbxsim {
 namespace {
@@ -17,11 +19,11 @@ constexpr int kReceiveBytes = 4096;
 
 // A client and its socket.
 struct Connection {
-    Connection(Pbx& pbx, Socket accepted, int32_t ordinal)
-        : socket(std::move(accepted)), client(pbx), number(ordinal) {}
+    Connection(Pbx& pbx, Encryption encryption, Socket accepted, int32_t ordinal)
+        : socket(std::move(accepted)), channel(pbx, encryption), number(ordinal) {}
 
     Socket socket;
-    Client client;
+    Channel channel;
     int32_t number;                 // how people tell clients apart: 1, 2, ...
     std::deque<ByteString> unsent;  // each is one call of send
     bool hangingUp = false;         // to be closed once all is sent
@@ -42,6 +44,26 @@ ByteString TimeText() {
     static_cast<void>(std::snprintf(text, sizeof(text), "%02u:%02u:%02u.%03u", now.wHour % 100U, now.wMinute % 100U,
                                     now.wSecond % 100U, now.wMilliseconds % 1000U));
     return text;
+}
+
+Encryption EncryptionOf(const Options& options) {
+    if (!options.tls) return Encryption::kNone;
+    return options.refuseTls ? Encryption::kTlsRefused : Encryption::kTls;
+}
+
+// Takes up the identity that the options ask for. Gives what people should know of it, and a fault that keeps the PBX
+// from starting.
+ByteString SetUpIdentity(const Options& options, ByteString& fault) {
+    if (options.certificateFile.empty()) {
+        const Identity test = TestIdentity();
+        UseIdentity(test);
+        return "TLS with the \"" + CommonNameOf(test) +
+               "\", whose private key everyone has; give your own with --cert and --key";
+    }
+    const Identity identity = LoadIdentity(options.certificateFile, options.keyFile, fault);
+    if (!fault.empty()) return {};
+    UseIdentity(identity);
+    return "TLS with the certificate of \"" + CommonNameOf(identity) + "\"";
 }
 
 // One event tells of whatever happens on any socket; each turn then tries them all, none of which ever blocks.
@@ -74,7 +96,7 @@ private:
         const uint64_t nowMs = TickCount64();
         uint64_t waitMs = INFINITE;
         for (const Connection& connection : connections) {
-            const std::optional<uint64_t> dueMs = connection.client.NextDueMs();
+            const std::optional<uint64_t> dueMs = connection.channel.NextDueMs();
             if (dueMs) waitMs = std::min(waitMs, std::max(*dueMs, nowMs) - nowMs);
         }
         return static_cast<DWORD>(waitMs);
@@ -88,7 +110,7 @@ private:
             const BOOL on = TRUE;
             setsockopt(accepted.Handle(), IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&on), sizeof(on));
             WSAEventSelect(accepted.Handle(), socketEvent, FD_READ | FD_WRITE | FD_CLOSE);
-            connections.emplace_back(pbx, std::move(accepted), ++accepts);
+            connections.emplace_back(pbx, EncryptionOf(options), std::move(accepted), ++accepts);
             Tell(connections.back(), "-- connected from " + PeerName(connections.back().socket));
         }
     }
@@ -108,16 +130,16 @@ private:
         char bytes[kReceiveBytes];
         const int count = recv(connection.socket.Handle(), bytes, kReceiveBytes, 0);
         if (count > 0) {
-            connection.client.Receive(ByteString(bytes, static_cast<size_t>(count)), TickCount64());
+            connection.channel.Receive(ByteString(bytes, static_cast<size_t>(count)), TickCount64());
         } else if (count == 0 || WSAGetLastError() != WSAEWOULDBLOCK) {
             Lose(connection);
         }
     }
 
     void TakeOutput(Connection& connection) {
-        const Output output = connection.client.TakeOutput(TickCount64());
+        const ChannelOutput output = connection.channel.TakeOutput(TickCount64());
         for (const ByteString& line : output.lines) Tell(connection, line);
-        for (const ByteString& frame : output.frames) QueueBytes(connection, frame);
+        for (const ByteString& chunk : output.chunks) QueueBytes(connection, chunk);
         if (output.hangUp) connection.hangingUp = true;
     }
 
@@ -166,6 +188,11 @@ private:
 bool Serve(const Options& options, HANDLE stop) {
     const Winsock winsock;
     ByteString fault;
+    const ByteString identityLine = options.tls ? SetUpIdentity(options, fault) : ByteString();
+    if (!fault.empty()) {
+        static_cast<void>(std::fprintf(stderr, "pbxsim: %s\n", fault.c_str()));
+        return false;
+    }
     Socket listener = Listen(options.bindAddress, options.port, fault);
     if (!listener.Valid()) {
         static_cast<void>(std::fprintf(stderr, "pbxsim: cannot listen on %s, port %s: %s\n",
@@ -173,6 +200,7 @@ bool Serve(const Options& options, HANDLE stop) {
         return false;
     }
     Print("pbxsim: listening on " + LocalName(listener));
+    if (!identityLine.empty()) Print("pbxsim: " + identityLine);
     Server(options, std::move(listener)).Run(stop);
     return true;
 }

@@ -23,8 +23,10 @@ ByteString StreamCheck::Follow(const ByteString& bytes) {
             continue;
         }
         header += byte;
-        if (firstFrame && header == kTlsHandshake)
-            return "it speaks TLS, which this PBX does not: set the provider's encrypt to 0";
+        if (firstFrame && header == kTlsHandshake) {
+            return "it speaks TLS, but this PBX plain CSTA: set the provider's encrypt to 0, or start this PBX with "
+                   "--tls";
+        }
         if (header.size() < kLengthEnd) continue;
 
         const size_t length = FrameLength(header);
