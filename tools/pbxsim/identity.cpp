@@ -44,23 +44,20 @@ ByteString InQuotes(const ByteString& path) {
 
 // The certificates in the content of a file; fault tells when it holds anything else.
 std::vector<ByteString> CutCertificates(const ByteString& path, const ByteString& content, ByteString& fault) {
+    const ByteString wrongContent = path + " does not consist of certificates with RSA keys, in DER";
     if (content.find(kPemStart) != ByteString::npos) {
         fault =
             path + " is in PEM, and DER is needed: openssl x509 -in " + InQuotes(path) + " -outform DER -out cert.der";
         return {};
     }
     std::vector<ByteString> certificates;
-    std::string_view left = content;
-    while (!left.empty()) {
+    for (std::string_view left = content; fault.empty() && !left.empty();) {
         const std::string_view before = left;
         takeElement(kDerSequence, left);
-        const std::string_view certificate = before.substr(0, before.size() - left.size());
-        if (parseCertificate(certificate).modulus.empty()) break;
-        certificates.emplace_back(certificate);
+        certificates.emplace_back(before.substr(0, before.size() - left.size()));
+        if (parseCertificate(certificates.back()).modulus.empty()) fault = wrongContent;
     }
-    if (!left.empty() || certificates.empty()) {
-        fault = path + " does not consist of certificates with RSA keys, in DER";
-    }
+    if (certificates.empty()) fault = wrongContent;
     return certificates;
 }
 

@@ -43,7 +43,7 @@ as administrator. Ctrl+C closes the call.
 Exit code: 0 the PBX bound the call, 2 wrong command line, 3 the provider cannot be
 loaded, 4 a setting is wrong, 5 no connection to the PBX, 6 login refused or not
 answered, 7 call refused, 8 call not answered, 9 the answers cannot be seen,
-1 anything else.
+11 encryption failed, 1 anything else.
 )";
 
 struct DialOptions {
@@ -143,7 +143,8 @@ private:
             session.WaitUntil([] { return false; }, kUnseenLoginWaitMs);
             return true;
         }
-        session.WaitUntil([&] { return exchange.login.Settled(); }, TimeoutMs());
+        session.WaitUntil([&] { return exchange.login.Settled() || TlsFailed(); }, TimeoutMs());
+        facts.tlsFailure = session.TlsFailureSeen();
         if (!exchange.login.Granted()) {
             transcript.Failed(exchange.login.Refused() ? "Login refused" : "Login not answered");
             return Stop();
@@ -172,7 +173,8 @@ private:
     void AwaitAnswer() {
         const PbxExchange& exchange = session.Exchange();
         if (facts.logVisible) {
-            session.WaitUntil([&] { return exchange.call.Settled(); }, TimeoutMs());
+            session.WaitUntil([&] { return exchange.call.Settled() || TlsFailed(); }, TimeoutMs());
+            facts.tlsFailure = session.TlsFailureSeen();
             if (!exchange.call.Granted()) {
                 transcript.Failed(exchange.call.Refused() ? "Call refused" : "Call not answered");
                 return;
@@ -186,7 +188,8 @@ private:
     bool AwaitClosing() {
         const PbxExchange& exchange = session.Exchange();
         if (!exchange.call.Granted()) return true;
-        session.WaitUntil([&] { return exchange.clear.Settled(); }, TimeoutMs(), ProviderSession::Patience::kInAnyCase);
+        session.WaitUntil([&] { return exchange.clear.Settled() || TlsFailed(); }, TimeoutMs(),
+                          ProviderSession::Patience::kInAnyCase);
         if (exchange.clear.Granted()) {
             transcript.Ok("Call closed");
         } else {
@@ -197,6 +200,8 @@ private:
 
     // Whether there is something to judge: the answer to the call, or a call whose answer cannot be seen.
     bool Answered() const { return facts.logVisible ? session.Exchange().call.Settled() : facts.callPlaced; }
+
+    bool TlsFailed() const { return !session.TlsFailureSeen().reason.empty(); }
 
     bool Stop() {
         stopped = true;

@@ -15,6 +15,7 @@ enum class ExitCode {
     kCallNotAnswered = 8,  // the PBX did not answer the call request
     kNotVisible = 9,       // the trace log could not be read, so the outcome is not known
     kRegistry = 10,        // the registry cannot be written
+    kNoEncryption = 11,    // the PBX is reached, but not with TLS
 };
 
 }  // namespace velmora::ctl

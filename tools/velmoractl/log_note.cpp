@@ -2,9 +2,10 @@
 
 #include <charconv>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
-#include "config/text_numbers.h"
+#include "tools/alert_text.h"
 
 namespace velmora::ctl {
 namespace {
@@ -13,47 +14,45 @@ constexpr std::string_view kTrace[] = {"TSPI_", "TUISPI_", "SetStatusMessages: "
 
 constexpr std::string_view kMissingSetting = "Cannot read registry key ";
 
-struct AlertName {
-    uint32_t number;
-    std::string_view name;
+constexpr std::string_view kAlertStart = "CSTA: Alert(";
+
+struct TlsAlert {
+    bool fatal = false;
+    uint32_t description = 0;
 };
 
-// RFC 5246, 7.2, and RFC 6066, 9.
-const AlertName kAlertNames[] = {
-    {10, "unexpected_message"},      {20, "bad_record_mac"},
-    {21, "decryption_failed"},       {22, "record_overflow"},
-    {30, "decompression_failure"},   {40, "handshake_failure"},
-    {41, "no_certificate"},          {42, "bad_certificate"},
-    {43, "unsupported_certificate"}, {44, "certificate_revoked"},
-    {45, "certificate_expired"},     {46, "certificate_unknown"},
-    {47, "illegal_parameter"},       {48, "unknown_ca"},
-    {49, "access_denied"},           {50, "decode_error"},
-    {51, "decrypt_error"},           {70, "protocol_version"},
-    {71, "insufficient_security"},   {80, "internal_error"},
-    {90, "user_canceled"},           {100, "no_renegotiation"},
-    {112, "unrecognized_name"},
-};
-
-ByteString AlertText(uint32_t number) {
-    for (const AlertName& alert : kAlertNames) {
-        if (alert.number == number) return ByteString(alert.name) + " (" + DecimalText(number) + ")";
-    }
-    return "number " + DecimalText(number);
-}
-
-// "CSTA: Alert(LEVEL, NUMBER)" in words; empty for any other text.
-ByteString TlsAlertText(std::string_view text) {
-    constexpr std::string_view kStart = "CSTA: Alert(";
-    if (!text.starts_with(kStart)) return {};
-    text.remove_prefix(kStart.size());
+// The alert in "CSTA: Alert(LEVEL, DESCRIPTION)"; none in any other text.
+std::optional<TlsAlert> AlertIn(std::string_view text) {
+    if (!text.starts_with(kAlertStart)) return {};
+    text.remove_prefix(kAlertStart.size());
     const size_t comma = text.find(", ");
     if (comma == std::string_view::npos) return {};
-    const std::string_view numberText = text.substr(comma + 2);
-    uint32_t number = 0;
-    std::from_chars(numberText.data(), numberText.data() + numberText.size(), number);
-    const bool fatal = text.substr(0, comma) == "2";
-    return ByteString(fatal ? "The PBX ended the TLS connection with the alert " : "TLS alert from the PBX: ") +
-           AlertText(number);
+    const std::string_view number = text.substr(comma + 2);
+    TlsAlert alert{.fatal = text.substr(0, comma) == "2"};
+    std::from_chars(number.data(), number.data() + number.size(), alert.description);
+    return alert;
+}
+
+constexpr uint32_t kHandshakeFailure = 40;
+constexpr uint32_t kProtocolVersion = 70;
+constexpr uint32_t kInsufficientSecurity = 71;
+
+ByteString AlertAdvice(uint32_t description) {
+    switch (description) {
+        case kHandshakeFailure:
+        case kProtocolVersion:
+        case kInsufficientSecurity:
+            return "The provider speaks TLS 1.0 with AES128-SHA, AES256-SHA, RC4-MD5 or RC4-SHA: allow that at the "
+                   "PBX, or go without encryption: velmoractl config set encrypt off";
+        default:
+            return "The PBX's own log may say why. To go without encryption: velmoractl config set encrypt off";
+    }
+}
+
+// The first letter as a capital.
+ByteString AsSentence(ByteString text) {
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
+    return text;
 }
 
 }  // namespace
@@ -65,13 +64,30 @@ ByteString NoteText(const LogRecord& record) {
     if (record.text.starts_with(kMissingSetting)) {
         return "The setting " + record.text.substr(kMissingSetting.size()) + " is not stored";
     }
-    const ByteString alert = TlsAlertText(record.text);
-    return alert.empty() ? record.text : alert;
+    const TlsFailure failure = TlsFailureIn(record);
+    if (!failure.reason.empty()) return AsSentence(failure.reason);
+    if (const std::optional<TlsAlert> alert = AlertIn(record.text)) {
+        return "TLS warning from the PBX: " + AlertText(alert->description);
+    }
+    return record.text;
 }
 
 bool IsConnectionFailure(const LogRecord& record) {
     return record.text.starts_with("Connection establishment to ") ||
            record.text == "Could not find a usable WinSock DLL";
+}
+
+TlsFailure TlsFailureIn(const LogRecord& record) {
+    constexpr const char* kDamage = "Is there something between here and the PBX that changes what passes?";
+    if (record.text == "CSTA: Bad Record Mac") {
+        return {"what came from the PBX fails the check of its MAC", kDamage};
+    }
+    if (record.text == "CSTA: Finished failed") {
+        return {"the PBX's proof of the TLS handshake is wrong", kDamage};
+    }
+    const std::optional<TlsAlert> alert = AlertIn(record.text);
+    if (!alert || !alert->fatal) return {};
+    return {"the PBX ended TLS with the alert " + AlertText(alert->description), AlertAdvice(alert->description)};
 }
 
 }  // namespace velmora::ctl

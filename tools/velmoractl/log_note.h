@@ -6,10 +6,17 @@
 namespace velmora::ctl {
 
 // What a record of the trace log that holds no CSTA message means to somebody who watches a call: a sentence when
-// something is amiss or worth knowing, empty for the mere trace of the entry points. A TLS alert is put into words.
+// something is amiss or worth knowing, empty for the mere trace of the entry points. What TLS says is put into words.
 ByteString NoteText(const LogRecord& record);
 
 // Whether the record says that the link to the PBX could not be set up.
 bool IsConnectionFailure(const LogRecord& record);
+
+// Why the encryption of the link has failed, when the record says so; empty when it does not.
+struct TlsFailure {
+    ByteString reason;  // half a sentence: "the PBX refused ..."
+    ByteString advice;  // a sentence or two
+};
+TlsFailure TlsFailureIn(const LogRecord& record);
 
 }  // namespace velmora::ctl

@@ -8,7 +8,6 @@
 #include "config/text_numbers.h"
 #include "tools/velmoractl/capability_report.h"
 #include "tools/velmoractl/interrupt.h"
-#include "tools/velmoractl/log_note.h"
 #include "tools/velmoractl/log_override.h"
 #include "tools/velmoractl/stored_settings.h"
 #include "tools/velmoractl/tapi_flags.h"
@@ -255,6 +254,7 @@ void ProviderSession::ShowRecord(const LogRecord& record) {
     const uint64_t atMs = std::min(loadedAtMs + record.elapsedMs, transcript.NowMs());
     if (const std::optional<CstaRecord> message = CstaRecordIn(record.text)) return ShowMessage(*message, atMs);
     if (IsConnectionFailure(record)) connectionFailed = true;
+    if (tlsFailure.reason.empty()) tlsFailure = TlsFailureIn(record);
     const ByteString note = NoteText(record);
     if (!note.empty()) transcript.Note(note, atMs);
 }

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "config/byte_string.h"
+#include "tools/velmoractl/log_note.h"
 #include "tools/velmoractl/log_tap.h"
 #include "tools/velmoractl/pbx_exchange.h"
 #include "tools/velmoractl/provider_host.h"
@@ -46,6 +47,7 @@ public:
 
     bool LogVisible() const { return logVisible; }
     bool ConnectionFailed() const { return connectionFailed; }
+    const TlsFailure& TlsFailureSeen() const { return tlsFailure; }  // the first one
     const PbxExchange& Exchange() const { return exchange; }
     const Verdict& Failure() const { return failure; }
 
@@ -65,6 +67,7 @@ private:
     uint64_t loadedAtMs = 0;  // on the transcript's clock; the log's own time begins then
     bool logVisible = false;
     bool connectionFailed = false;
+    TlsFailure tlsFailure;
     bool initialised = false;
     DWORD version = 0;  // of the interface, as negotiated
     HDRVLINE line = nullptr;

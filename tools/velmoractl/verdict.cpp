@@ -29,8 +29,15 @@ Verdict LoginRefused(const CallFacts& facts, const PbxExchange& exchange) {
 Verdict LoginNotAnswered(const CallFacts& facts) {
     return {ExitCode::kNoLogin, "FAILED: the PBX at " + facts.peer + " did not answer the login" + Within(facts) + ".",
             facts.encrypted
-                ? "Encryption is on: does the PBX take TLS on this port? If not: velmoractl config set encrypt off"
+                ? "Encryption is on: does the PBX speak TLS on this port? If not: velmoractl config set encrypt off"
                 : "Encryption is off: does the PBX want TLS on this port? Then: velmoractl config set encrypt on"};
+}
+
+Verdict EncryptionFailed(const CallFacts& facts) {
+    return {ExitCode::kNoEncryption,
+            "FAILED: the encryption of the link to the PBX at " + facts.peer +
+                " has failed: " + facts.tlsFailure.reason + ".",
+            facts.tlsFailure.advice};
 }
 
 Verdict CallNotTaken(const CallFacts& facts) {
@@ -79,11 +86,14 @@ Verdict CallMade(const CallFacts& facts, const PbxExchange& exchange) {
 Verdict JudgeCall(const CallFacts& facts, const PbxExchange& exchange) {
     if (!facts.connected) return NoConnection(facts);
     if (exchange.login.Refused()) return LoginRefused(facts, exchange);
-    if (facts.logVisible && !exchange.login.Granted()) return LoginNotAnswered(facts);
+    const bool tlsFailed = !facts.tlsFailure.reason.empty();
+    if (facts.logVisible && !exchange.login.Granted()) {
+        return tlsFailed ? EncryptionFailed(facts) : LoginNotAnswered(facts);
+    }
     if (!facts.callPlaced) return CallNotTaken(facts);
     if (!facts.logVisible) return NotVisible(facts);
     if (exchange.call.Refused()) return CallRefused(facts, exchange);
-    if (!exchange.call.Granted()) return CallNotAnswered(facts);
+    if (!exchange.call.Granted()) return tlsFailed ? EncryptionFailed(facts) : CallNotAnswered(facts);
     return CallMade(facts, exchange);
 }
 

@@ -4,6 +4,7 @@
 
 #include "config/byte_string.h"
 #include "tools/velmoractl/exit_codes.h"
+#include "tools/velmoractl/log_note.h"
 #include "tools/velmoractl/pbx_exchange.h"
 
 namespace velmora::ctl {
@@ -21,6 +22,7 @@ struct CallFacts {
     ByteString device;  // the user's: "40@example.com"
     ByteString peer;    // the PBX: "127.0.0.1:443"
     bool encrypted = false;
+    TlsFailure tlsFailure;     // of the link's encryption; empty when none is seen
     bool connected = false;    // as far as the trace log tells
     bool logVisible = false;   // without it, only the provider's own codes are known
     bool callPlaced = false;   // TSPI_lineMakeCall was called and took the call

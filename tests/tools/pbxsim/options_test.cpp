@@ -19,6 +19,7 @@ TEST(CommandLine, HasADefaultForEverything) {
     EXPECT_EQ(commandLine.options.behaviour.sessionSeconds, 1800);
     EXPECT_EQ(commandLine.options.behaviour.answerDelayMs, 0);
     EXPECT_EQ(commandLine.options.splitBytes, 0);
+    EXPECT_FALSE(commandLine.options.tls);
     EXPECT_FALSE(commandLine.options.once);
 }
 
@@ -37,6 +38,12 @@ TEST(CommandLine, ReadsEveryOption) {
                                                       "60",
                                                       "--answer-delay",
                                                       "250",
+                                                      "--tls",
+                                                      "--cert",
+                                                      "c.der",
+                                                      "--key",
+                                                      "k.der",
+                                                      "--tls-refuse",
                                                       "--split",
                                                       "3",
                                                       "--reject-login",
@@ -54,6 +61,10 @@ TEST(CommandLine, ReadsEveryOption) {
     EXPECT_EQ(options.behaviour.domain, "example.com");
     EXPECT_EQ(options.behaviour.sessionSeconds, 60);
     EXPECT_EQ(options.behaviour.answerDelayMs, 250);
+    EXPECT_TRUE(options.tls);
+    EXPECT_EQ(options.certificateFile, "c.der");
+    EXPECT_EQ(options.keyFile, "k.der");
+    EXPECT_TRUE(options.refuseTls);
     EXPECT_EQ(options.splitBytes, 3);
     EXPECT_TRUE(options.behaviour.rejectLogin);
     EXPECT_TRUE(options.behaviour.errorOnMakeCall);
@@ -102,6 +113,17 @@ TEST(CommandLine, SaysWhatIsMissingOrTooMuch) {
     EXPECT_EQ(FaultOf({""}), "there is no option \"\"");
 }
 
+TEST(CommandLine, TakesCertificateAndKeyOnlyTogetherAndWithTls) {
+    EXPECT_EQ(FaultOf({"--tls", "--cert", "c", "--key", "k"}), "");
+    EXPECT_EQ(FaultOf({"--key", "k", "--cert", "c", "--tls"}), "");
+    EXPECT_EQ(FaultOf({"--tls", "--cert", "c"}), "--cert needs --key with it, the certificate's private key");
+    EXPECT_EQ(FaultOf({"--tls", "--key", "k"}), "--key needs --cert with it, the key's certificate");
+    EXPECT_EQ(FaultOf({"--cert", "c", "--key", "k"}), "--cert and --key need --tls with them");
+    EXPECT_EQ(FaultOf({"--cert", "c"}), "--cert needs --key with it, the certificate's private key");
+    EXPECT_EQ(FaultOf({"--tls-refuse"}), "--tls-refuse needs --tls with it");
+    EXPECT_EQ(FaultOf({"--tls-refuse", "--tls"}), "");
+}
+
 TEST(CommandLine, StopsAtTheFirstFault) {
     EXPECT_EQ(FaultOf({"--port", "x", "--nonsense"}), "--port takes a number from 0 to 65535, not \"x\"");
 }
@@ -116,9 +138,13 @@ TEST(CommandLine, AsksForHelpInTheWaysOfBothWorlds) {
 
 TEST(HelpText, NamesEveryOptionInEightyColumns) {
     const ByteString help = HelpText();
-    for (const char* option : {"--port", "--bind", "--user", "--password", "--domain", "--session-duration",
-                               "--answer-delay", "--reject-login", "--error-on-makecall", "--events", "--split",
-                               "--silent", "--once", "--quiet", "--help", "--version"}) {
+    for (const char* option : {"--port",         "--bind",         "--user",
+                               "--password",     "--domain",       "--session-duration",
+                               "--answer-delay", "--reject-login", "--error-on-makecall",
+                               "--events",       "--split",        "--tls",
+                               "--cert",         "--key",          "--tls-refuse",
+                               "--silent",       "--once",         "--quiet",
+                               "--help",         "--version"}) {
         EXPECT_NE(help.find(option), ByteString::npos) << option;
     }
     size_t start = 0;

@@ -82,6 +82,23 @@ TEST_F(VerdictTest, AdvisesOnEncryptionWhenTheLoginIsNotAnswered) {
     EXPECT_NE(JudgeCall(facts, exchange).advice.find("encrypt off"), ByteString::npos);
 }
 
+TEST_F(VerdictTest, IsNoEncryptionWhenTlsHasFailedBeforeAnAnswer) {
+    const ByteString sentence =
+        "FAILED: the encryption of the link to the PBX at 127.0.0.1:443 has failed: the PBX refused.";
+    facts.tlsFailure = {"the PBX refused", "Ask it."};
+    exchange.call = Sent();
+    Expect(ExitCode::kNoEncryption, sentence);
+    exchange.login = Sent();
+    Expect(ExitCode::kNoEncryption, sentence);
+    EXPECT_EQ(JudgeCall(facts, exchange).advice, "Ask it.");
+}
+
+TEST_F(VerdictTest, IsOkWhenTlsFailsAfterTheCallIsBound) {
+    facts.tlsFailure = {"the PBX refused", "Ask it."};
+    exchange.clear = Sent();
+    EXPECT_EQ(JudgeCall(facts, exchange).code, ExitCode::kDone);
+}
+
 TEST_F(VerdictTest, IsCallRefusedByThePbxOrTheProvider) {
     exchange.call = Refused("operation invalidDestination");
     Expect(ExitCode::kCallRefused, "FAILED: the PBX refused the call to 49301234 (operation invalidDestination).");
