@@ -4,7 +4,9 @@
 
 #include "csta/framing.h"
 #include "tests/support/child_process.h"
+#include "tests/support/tls_identity.h"
 #include "tests/tools/pbxsim/requests.h"
+#include "tls/tls_connection.h"
 #include "tools/pbxsim/sockets.h"
 #include "xml/xml_node.h"
 
@@ -47,7 +49,17 @@ public:
                    sizeof(milliseconds));
     }
 
-    bool SendBytes(const ByteString& bytes) {
+    // Speaks TLS from now on. The ClientHello leaves with the first request.
+    void Encrypt() {
+        tls.emplace();
+        tls->verifyCertificates = false;
+        tls->StartClientHandshake();
+    }
+
+    const TlsConnection& Tls() const { return *tls; }
+
+    bool SendBytes(const ByteString& plaintext) {
+        const ByteString bytes = tls ? tls->Send(plaintext) : plaintext;
         return send(socket.Handle(), bytes.data(), static_cast<int>(bytes.size()), 0) == static_cast<int>(bytes.size());
     }
 
@@ -58,7 +70,7 @@ public:
             char bytes[1024];
             const int count = recv(socket.Handle(), bytes, sizeof(bytes), 0);
             if (count <= 0) return {};
-            cutter.Append(ByteString(bytes, static_cast<size_t>(count)));
+            Take(ByteString(bytes, static_cast<size_t>(count)));
         }
     }
 
@@ -79,7 +91,7 @@ public:
         char bytes[1024];
         const int count = recv(socket.Handle(), bytes, sizeof(bytes), 0);
         EXPECT_GT(count, 0);
-        if (count > 0) cutter.Append(ByteString(bytes, static_cast<size_t>(count)));
+        if (count > 0) Take(ByteString(bytes, static_cast<size_t>(count)));
         EXPECT_TRUE(Receive());
         return count;
     }
@@ -108,10 +120,21 @@ public:
     }
 
 private:
+    void Take(const ByteString& bytes) {
+        if (!tls) return cutter.Append(bytes);
+        cutter.Append(tls->Feed(bytes));
+        SendBytes({});
+    }
+
     Socket socket;
+    std::optional<TlsConnection> tls;
     FrameCutter cutter;
     uint32_t lastInvokeId = 0;
 };
+
+ByteString IdentityPath(const ByteString& name) {
+    return ByteString(VELMORA_IDENTITIES) + "/" + name + ".der";
+}
 
 ByteString NameOf(const ByteString& xml) {
     return XmlNode(xml, true).localName;
@@ -286,6 +309,79 @@ TEST_F(PbxsimTest, PrintsOnlyWhereItListensWhenQuiet) {
     }
     EXPECT_EQ(pbx.program.ReadLine(), std::nullopt);
     EXPECT_EQ(pbx.program.ExitCode(), DWORD{0});
+}
+
+TEST_F(PbxsimTest, ServesAnEncryptedCallAndSaysSo) {
+    RunningPbx pbx("--tls --once");
+    EXPECT_EQ(pbx.program.ReadLine(),
+              "pbxsim: TLS with the \"pbxsim TEST certificate\", whose private key everyone has; give your own with "
+              "--cert and --key");
+    {
+        Link link(pbx);
+        link.Encrypt();
+        TakeThroughACall(link);
+        EXPECT_EQ(link.Tls().KeyExchangeCertificate().commonName, "pbxsim TEST certificate");
+    }
+    EXPECT_NE(pbx.program.ReadLineWith(" 1 -- connected from 127.0.0.1:"), "");
+    for (const char* text : {" 1 -- encrypted: TLS 1.0, AES128-SHA, new session",
+                             " 1 <- StartApplicationSession  #1  user 40, domain example.com"}) {
+        const ByteString line = pbx.program.ReadLine().value_or("nothing");
+        EXPECT_TRUE(line.ends_with(text)) << line;
+    }
+    EXPECT_NE(pbx.program.ReadLineWith("-> ClearConnectionResponse  #4"), "");
+    EXPECT_EQ(pbx.program.ExitCode(), DWORD{0});
+}
+
+TEST_F(PbxsimTest, ShowsTheCertificateThatItIsGiven) {
+    for (const ByteString name : {"rsa1024", "rsa2048", "rsa4096"}) {
+        SCOPED_TRACE(name);
+        RunningPbx pbx("--tls --cert " + IdentityPath(name) + " --key " + IdentityPath(name + "_key"));
+        EXPECT_EQ(pbx.program.ReadLine(), "pbxsim: TLS with the certificate of \"pbx.velmora.example\"");
+        Link link(pbx);
+        link.Encrypt();
+        TakeThroughACall(link);
+        EXPECT_EQ(link.Tls().KeyExchangeCertificate().certificates,
+                  (std::vector<ByteString>{LoadTlsIdentity(name).certificate}));
+    }
+}
+
+TEST_F(PbxsimTest, ServesAnEncryptedCallInPiecesOfOneByte) {
+    RunningPbx pbx("--tls --split 1 --quiet");
+    Link link(pbx);
+    link.Encrypt();
+    TakeThroughACall(link);
+}
+
+TEST_F(PbxsimTest, RefusesEveryHandshakeWhenTold) {
+    RunningPbx pbx("--tls --tls-refuse --once");
+    Link link(pbx);
+    link.Encrypt();
+    EXPECT_TRUE(link.SendBytes(EncodeFrame(1, Login())));
+    EXPECT_FALSE(link.Receive());
+    EXPECT_TRUE(link.Tls().PeerAlertReceived());
+    EXPECT_NE(pbx.program.ReadLineWith("-- hanging up: every TLS handshake is refused"), "");
+    EXPECT_EQ(pbx.program.ExitCode(), DWORD{0});
+}
+
+TEST_F(PbxsimTest, HangsUpOnAPlainClientAndGoesOnWithTheOthers) {
+    RunningPbx pbx("--tls");
+    Link plain(pbx);
+    Link encrypted(pbx);
+    encrypted.Encrypt();
+    EXPECT_TRUE(plain.SendBytes(EncodeFrame(1, Login())));
+    EXPECT_TRUE(plain.HasEnded());
+    EXPECT_NE(pbx.program.ReadLineWith(" 1 -- hanging up: it speaks plain CSTA, but this PBX TLS"), "");
+    TakeThroughACall(encrypted);
+}
+
+TEST_F(PbxsimTest, DoesNotStartWithACertificateThatIsNone) {
+    const ByteString key = IdentityPath("rsa2048_key");
+    ChildProcess swapped("pbxsim.exe", "--port 0 --tls --cert " + key + " --key " + key);
+    EXPECT_EQ(swapped.ReadLine(), "pbxsim: " + key + " does not consist of certificates with RSA keys, in DER");
+    EXPECT_EQ(swapped.ExitCode(), DWORD{1});
+    ChildProcess missing("pbxsim.exe", "--port 0 --tls --cert nosuch.der --key " + key);
+    EXPECT_EQ(missing.ReadLine(), "pbxsim: nosuch.der cannot be read: No such file or directory");
+    EXPECT_EQ(missing.ExitCode(), DWORD{1});
 }
 
 TEST_F(PbxsimTest, FailsOnAPortThatIsInUse) {

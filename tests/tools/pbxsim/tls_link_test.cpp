@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <utility>
 
 #include "tests/support/hand_clock.h"
@@ -15,6 +16,9 @@ namespace {
 using Lines = std::vector<ByteString>;
 
 const ByteString kCloseNotify("\x15\3\1\0\2\1\0", 7);
+
+// What a session waits until it can be resumed, when it is the only one.
+constexpr uint64_t kSessionMs = 1095 * 1000;
 
 ByteString FatalAlert(char description) {
     return {'\x15', 3, 1, 0, 2, 2, description};
@@ -54,6 +58,14 @@ protected:
     void Handshake() {
         client.StartClientHandshake();
         Exchange();
+    }
+
+    // A second connection of the same client.
+    void StartAgain() {
+        client.Reset();
+        client.verifyCertificates = false;
+        link = TlsLink(TlsLink::Answer::kHandshake);
+        lines.clear();
     }
 
     // Takes the handshake up to the client's last flight: key exchange, change of cipher, Finished. Its hello goes
@@ -97,32 +109,38 @@ TEST_F(TlsLinkTest, SaysOnceThatTheLinkIsEncryptedAndWithWhat) {
     EXPECT_EQ(lines.size(), 1U);
 }
 
-TEST_F(TlsLinkTest, NamesTheCipherThatTheClientPrefers) {
+// A server decides the cipher of a session that it resumes, so the cache can bring about each.
+TEST_F(TlsLinkTest, NamesEachCipher) {
+    constexpr size_t kIdPlace = 44;  // of the session ID in a ClientHello with its headers
     const struct {
-        const char* suite;
+        CipherSuite suite;
         const char* name;
-    } kSuites[] = {{"\0\x35", "AES256-SHA"}, {"\0\x04", "RC4-MD5"}, {"\0\x05", "RC4-SHA"}};
-    const ByteString offered("\0\x2F\0\x35\0\4\0\5", 8);
+    } kSuites[] = {{kRsaWithAes128Sha, "AES128-SHA"},
+                   {kRsaWithAes256Sha, "AES256-SHA"},
+                   {kRsaWithRc4Md5, "RC4-MD5"},
+                   {kRsaWithRc4Sha, "RC4-SHA"}};
+    Handshake();
     for (const auto& [suite, name] : kSuites) {
-        client = {};
-        link = TlsLink(TlsLink::Answer::kHandshake);
-        LastFlight([&](const ByteString& hello) {
-            ByteString only;
-            for (int i = 0; i < 4; ++i) only += ByteString(suite, 2);
-            return Replaced(hello, offered, only);
-        });
-        // The changed hello makes the client's Finished a wrong one, but the cipher is agreed upon.
-        EXPECT_EQ(client.Suite().number, static_cast<uint8_t>(suite[1])) << name;
+        StartAgain();
+        handClockMs += kSessionMs;
+        client.StartClientHandshake();
+        const ByteString hello = client.Send({});
+        const ByteString id = hello.substr(kIdPlace, kSessionIdBytes);
+        const std::optional<CachedSession> session = sessionCache.Resume(id);
+        ASSERT_TRUE(session);
+        sessionCache.Store(id, suite.number, session->masterSecret);
+        handClockMs += kSessionMs;
+        ToLink(hello);
+        client.Feed(std::exchange(answered, {}));
+        Exchange();
+        EXPECT_EQ(lines, (Lines{ByteString("-- encrypted: TLS 1.0, ") + name + ", resumed session"}));
     }
 }
 
 TEST_F(TlsLinkTest, ResumesASessionOnceItsTimeHasCome) {
     Handshake();
-    handClockMs += 1095 * 1000;
-    client.Reset();
-    client.verifyCertificates = false;
-    link = TlsLink(TlsLink::Answer::kHandshake);
-    lines.clear();
+    handClockMs += kSessionMs;
+    StartAgain();
     Handshake();
     EXPECT_EQ(lines, (Lines{"-- encrypted: TLS 1.0, AES128-SHA, resumed session"}));
     EXPECT_TRUE(client.HandshakeComplete());
@@ -130,10 +148,7 @@ TEST_F(TlsLinkTest, ResumesASessionOnceItsTimeHasCome) {
 
 TEST_F(TlsLinkTest, MakesANewSessionWhenTheOldOneIsAskedForTooEarly) {
     Handshake();
-    client.Reset();
-    client.verifyCertificates = false;
-    link = TlsLink(TlsLink::Answer::kHandshake);
-    lines.clear();
+    StartAgain();
     Handshake();
     EXPECT_EQ(lines, (Lines{"-- encrypted: TLS 1.0, AES128-SHA, new session"}));
 }

@@ -104,7 +104,7 @@ protected:
         registry.Set("domain", "example.com");
         registry.Set("address", "127.0.0.1");
         registry.Set("port", port);
-        registry.Set("encrypt", "0");
+        registry.Set("encrypt", encrypt);
         registry.Set("guid", "00000000-0000-4000-8000-000000000000");
     }
 
@@ -120,6 +120,7 @@ protected:
     bool PbxPrinted(const ByteString& text) const { return Ended{pbxLines, {}}.Printed(text); }
 
     RegistryScope registry;
+    ByteString encrypt = "0";  // to be stored with the settings
     Lines pbxLines;
 };
 
@@ -220,6 +221,53 @@ TEST_F(DialTest, ClearsAwayWhatAKilledPredecessorLeft) {
     EXPECT_EQ(Stored("logfile"), std::nullopt);
     EXPECT_EQ(Stored("loglevel"), std::nullopt);
     EXPECT_EQ(Stored("loglength"), std::nullopt);
+}
+
+TEST_F(DialTest, PlacesACallOverTls) {
+    encrypt = "1";
+    const Ended ended = DialOver("--tls", "--hold 0");
+    EXPECT_EQ(ended.exitCode, 0U) << ended.LastLine();
+    EXPECT_TRUE(ended.lines.front().ends_with(", encrypted")) << ended.lines.front();
+    EXPECT_TRUE(PbxPrinted("-- encrypted: TLS 1.0, AES128-SHA, new session"));
+    EXPECT_TRUE(PbxPrinted("MakeCall"));
+    EXPECT_TRUE(PbxPrinted("ClearConnection"));
+}
+
+TEST_F(DialTest, PlacesACallOverTlsWhateverTheKeyAndHoweverTheBytesCome) {
+    encrypt = "1";
+    for (const char* name : {"rsa1024", "rsa2048", "rsa4096"}) {
+        SCOPED_TRACE(name);
+        const ByteString path = ByteString(VELMORA_IDENTITIES) + "/" + name;
+        const ByteString identity = "--tls --cert " + path + ".der --key " + path + "_key.der";
+        EXPECT_EQ(DialOver(identity + " --split 1", "--hold 0").exitCode, 0U);
+        EXPECT_TRUE(PbxPrinted("TLS with the certificate of \"pbx.velmora.example\""));
+        EXPECT_TRUE(PbxPrinted("-- encrypted: "));
+    }
+}
+
+TEST_F(DialTest, FailsAtOnceWhenThePbxRefusesTls) {
+    encrypt = "1";
+    const Ended ended = DialOver("--tls --tls-refuse", "--timeout 86400");
+    EXPECT_EQ(ended.exitCode, 11U);
+    EXPECT_TRUE(ended.Printed("note  The PBX ended TLS with the alert handshake_failure (40)"));
+    EXPECT_TRUE(ended.Printed("velmoractl config set encrypt off"));
+    EXPECT_TRUE(ended.LastLine().ends_with(" has failed: the PBX ended TLS with the alert handshake_failure (40)."))
+        << ended.LastLine();
+}
+
+TEST_F(DialTest, AdvisesToSwitchEncryptionOffWhenThePbxDoesNotSpeakTls) {
+    encrypt = "1";
+    const Ended ended = DialOver("", "--timeout 1");
+    EXPECT_EQ(ended.exitCode, 6U);
+    EXPECT_TRUE(ended.Printed("does the PBX speak TLS on this port? If not: velmoractl config set encrypt off"));
+    EXPECT_TRUE(PbxPrinted("-- hanging up: it speaks TLS, but this PBX plain CSTA"));
+}
+
+TEST_F(DialTest, AdvisesToSwitchEncryptionOnWhenThePbxWantsTls) {
+    const Ended ended = DialOver("--tls", "--timeout 1");
+    EXPECT_EQ(ended.exitCode, 6U);
+    EXPECT_TRUE(ended.Printed("does the PBX want TLS on this port? Then: velmoractl config set encrypt on"));
+    EXPECT_TRUE(PbxPrinted("-- hanging up: it speaks plain CSTA, but this PBX TLS"));
 }
 
 TEST_F(DialTest, FailsWhenThePbxRefusesTheLogin) {
