@@ -32,8 +32,8 @@ void TlsConnection::ProcessHandshakeRecord(std::string_view body) {
         position += messageBytes;
         ProcessHandshake(left.substr(0, messageBytes));
     }
-    // Assigned, not erased: a buffer that had to hold 16 MB once gives them back.
-    if (position > 0) handshakeBuffer = handshakeBuffer.substr(position);
+    // Swapped, neither erased nor assigned: a buffer that had to hold 16 MB once gives them back.
+    if (position > 0) handshakeBuffer.substr(position).swap(handshakeBuffer);
 }
 
 void TlsConnection::ProcessHandshake(std::string_view message) {
