@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <vector>
 
 #include "crypto/trust_store.h"
 #include "tests/interop/interop_case.h"
@@ -36,11 +37,11 @@ TEST_P(ClientInterop, CompletesTheHandshakeWithKeysOfEverySize) {
         options.identity = LoadTlsIdentity(identity);
         TlsDialogue dialogue = With(options);
         dialogue.Handshake();
-        EXPECT_TRUE(dialogue.IsUp()) << dialogue.peer->State().failure;
+        ASSERT_TRUE(dialogue.IsUp()) << dialogue.peer->State().failure;
         EXPECT_EQ(dialogue.peer->State().version, 0x0301);
         EXPECT_EQ(dialogue.peer->State().suite, GetParam().suite);
         EXPECT_EQ(dialogue.ours.Suite().number, GetParam().suiteNumber);
-        EXPECT_EQ(dialogue.ours.KeyExchangeCertificate().certificates.front(), options.identity.certificate);
+        EXPECT_EQ(dialogue.ours.KeyExchangeCertificate().certificates, std::vector{options.identity.certificate});
         EXPECT_TRUE(dialogue.Carries("data"));
     }
 }
@@ -271,6 +272,17 @@ TEST_P(ClientInterop, DoesAFullHandshakeWithAServerThatNeverKnewTheSession) {
     dialogue.Reconnect();
     EXPECT_TRUE(dialogue.IsUp()) << dialogue.peer->State().failure;
     EXPECT_FALSE(dialogue.peer->State().resumed);
+}
+
+TEST_P(ClientInterop, LeavesARequestToRenegotiateOutOfTheHandshakesProof) {
+    TlsDialogue dialogue = With(ServerOptions());
+    const ByteString request = JoinRecords({{RecordType::kHandshake, kTls10, ByteString(4, '\0')}});
+    dialogue.onWayToUs = [&](const ByteString& bytes) {
+        // A server's first flight, and nothing behind it.
+        return CutRecords(bytes).size() > 2 ? request + bytes : bytes;
+    };
+    dialogue.Handshake();
+    EXPECT_TRUE(dialogue.IsUp()) << dialogue.peer->State().failure;
 }
 
 TEST_P(ClientInterop, IgnoresARequestToRenegotiate) {

@@ -39,7 +39,11 @@ void TlsDialogue::Handshake() {
 
 void TlsDialogue::Reconnect() {
     const bool resumes = ours.resumeSessions;
-    ours.Reset();
+    if (weAreClient) {
+        ours.Reset();
+    } else {
+        ours = TlsConnection();
+    }
     ours.verifyCertificates = false;
     ours.resumeSessions = resumes;
     received.clear();

@@ -26,7 +26,8 @@ public:
     // Starts the handshake, whichever end is the client, and carries it through.
     void Handshake();
 
-    // Both ends anew, for another connection and its handshake.
+    // Another connection with its handshake: a client of ours is put back to its start, in place of a server comes a
+    // new one.
     void Reconnect();
 
     // Our end and the peer have completed the handshake, and nothing has gone wrong.
