@@ -1,4 +1,4 @@
-#define _CRT_RAND_S  // NOLINT(bugprone-reserved-identifier): rand_s is declared only for who asks
+#define _CRT_RAND_S  // NOLINT(clang-diagnostic-reserved-macro-identifier): rand_s is declared only for who asks
 #include <cstdlib>
 
 #include <algorithm>

@@ -6,11 +6,11 @@
 
 namespace __gnu_cxx {
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the library's name
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier): the library's name
 void __verbose_terminate_handler();
 void __verbose_terminate_handler() {
     std::abort();
 }
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(clang-diagnostic-reserved-identifier)
 
 }  // namespace __gnu_cxx
