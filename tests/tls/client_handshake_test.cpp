@@ -640,6 +640,15 @@ TEST_F(ClientHandshakeTest, StartingAgainWithoutResetGoesOnUnderTheOldKeys) {
     EXPECT_TRUE(client.HandshakeComplete());
 }
 
+TEST_F(ClientHandshakeTest, StartingSetsTheVersionAnew) {
+    UseTlsIdentity("rsa1024");
+    Answer(HandshakeRecord(MessageOf(1, ClientHelloFields{.version = 0x0300}.Body())));
+    ASSERT_EQ(client.ProtocolVersion(), 0x0300);
+    client.StartClientHandshake();
+    EXPECT_EQ(client.ProtocolVersion(), 0x0301);
+    EXPECT_EQ(RecordsIn(client.Send({}))[0].version, 0x0301U);
+}
+
 TEST_F(ClientHandshakeTest, ResetForgetsAllOfAFailedHandshakeAndTheNextOneSucceeds) {
     Start();
     client.Send("held back");
