@@ -22,6 +22,10 @@ constexpr std::string_view kSha1WithRsaEncryption = "\x2A\x86\x48\x86\xF7\x0D\x0
 
 constexpr size_t kShortestPrivateKeyBytes = 2;  // a shorter mode text is none
 
+// Nobody has a longer key, and a check with one could take hours.
+constexpr size_t kModulusMaxBytes = 2048;
+constexpr size_t kExponentMaxBytes = 8;
+
 struct PublicKey {
     std::string_view modulus;
     std::string_view exponent;
@@ -47,6 +51,7 @@ ByteString digestOfSignedBytes(const Certificate& certificate) {
 
 // The digest at the end of the block counts, whatever stands in front of it. Keep.
 bool isSignedWith(const PublicKey& key, const Certificate& certificate) {
+    if (key.modulus.size() > kModulusMaxBytes || key.exponent.size() > kExponentMaxBytes) return false;
     const ByteString digest = digestOfSignedBytes(certificate);
     if (digest.empty()) return false;
     const ByteString block =

@@ -45,7 +45,8 @@ inline constexpr std::string_view kSkipVerification = " ";
 //
 //   "Certificate for ISSUER not available"      the trust store has no such certificate
 //   "Certificate could not be verified"         another key has signed it, or another algorithm than RSA with SHA-1 or
-//                                               MD5 was used
+//                                               MD5 was used, or the key that should have signed it has a modulus of
+//                                               more than 2,048 bytes or an exponent of more than 8
 //
 // This is all there is to it. Dates, constraints, key usage, other names and revocation are not looked at; of a
 // signature, only the digest at its end is, and not the padding in front of it. Keep.

@@ -8,8 +8,11 @@
 #include <utility>
 #include <vector>
 
+#include "crypto/big_int.h"
 #include "crypto/certificate.h"
 #include "crypto/md5.h"
+#include "crypto/mod_inverse.h"
+#include "crypto/mod_pow.h"
 #include "crypto/sha1.h"
 #include "crypto/trust_store.h"
 #include "tests/crypto/certificate_files.h"
@@ -280,6 +283,37 @@ TEST_F(CertificateChainTest, LooksAtNothingInFrontOfTheDigest) {
     parts.algorithm = kMd5WithRsaEncryption;
     parts.signature = blockWith(md5Digest(parts.tbs()));
     EXPECT_EQ(VerifyBytes({parts.der()}), Texts{});
+}
+
+TEST_F(CertificateChainTest, VerifiesWithModuliOfUpTo2048Bytes) {
+    trustIssuerMadeByHand();
+    for (const size_t modulusBytes : {2048U, 2049U, 100000U}) {
+        HandMadeCertificate above;
+        above.modulus = ByteString(modulusBytes, '\xFF');
+        above.signature = blockWith(sha1Digest(above.tbs()));
+        HandMadeCertificate leaf;
+        leaf.signature = blockWith(sha1Digest(leaf.tbs()));
+        EXPECT_EQ(VerifyBytes({leaf.der(), above.der()}), modulusBytes == 2048 ? Texts{} : Texts{kNotVerified});
+        EXPECT_EQ(hasLeafFields(chain), modulusBytes == 2048);
+    }
+}
+
+// A number below 2^1024 and a digest that is odd: its root modulo 2^1024, for an exponent that is odd.
+TEST_F(CertificateChainTest, VerifiesWithExponentsOfUpTo8Bytes) {
+    trustIssuerMadeByHand();
+    for (const size_t exponentBytes : {8U, 9U}) {
+        HandMadeCertificate above;
+        above.modulus = "\x01" + ByteString(128, '\0');
+        above.exponent = ByteString(exponentBytes, '\x03');
+        above.signature = blockWith(sha1Digest(above.tbs()));
+        HandMadeCertificate leaf;
+        while (sha1Digest(leaf.tbs()).back() % 2 == 0) leaf.validity += '.';
+        const BigInt modulus = fromBytes(above.modulus);
+        const BigInt root = modInverse(fromBytes(above.exponent), shiftLeft(kBigIntOne, 1022));
+        leaf.signature = toBytes(modPow(fromBytes(sha1Digest(leaf.tbs())), root, modulus), 0);
+        EXPECT_EQ(VerifyBytes({leaf.der(), above.der()}), exponentBytes == 8 ? Texts{} : Texts{kNotVerified});
+        EXPECT_EQ(hasLeafFields(chain), exponentBytes == 8);
+    }
 }
 
 TEST_F(CertificateChainTest, RefusesABlockThatIsShorterThanTheDigest) {

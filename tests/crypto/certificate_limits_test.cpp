@@ -6,59 +6,21 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <utility>
 #include <vector>
 
 #include "crypto/certificate.h"
 #include "crypto/certificate_chain.h"
+#include "crypto/sha1.h"
 #include "crypto/trust_store.h"
 #include "tests/crypto/certificate_files.h"
 #include "tests/crypto/hand_made_certificate.h"
+#include "tests/support/counted_memory.h"
 #include "tests/support/small_stack.h"
-
-namespace {
-
-// What of the memory that "new" gives is in use, and the most that has been.
-size_t usedBytes = 0;
-size_t mostBytes = 0;
-
-constexpr size_t kHeaderBytes = 16;  // in front of each block: its length, and room to keep it aligned
-
-}  // namespace
-
-void* operator new(size_t bytes) {
-    auto* block = static_cast<std::byte*>(std::malloc(bytes + kHeaderBytes));
-    if (block == nullptr) throw std::bad_alloc();
-    *reinterpret_cast<size_t*>(block) = bytes;
-    usedBytes += bytes;
-    mostBytes = std::max(mostBytes, usedBytes);
-    return block + kHeaderBytes;
-}
-
-void operator delete(void* memory) noexcept {
-    if (memory == nullptr) return;
-    std::byte* block = static_cast<std::byte*>(memory) - kHeaderBytes;
-    usedBytes -= *reinterpret_cast<size_t*>(block);
-    std::free(block);
-}
-
-void operator delete(void* memory, size_t /*bytes*/) noexcept {
-    operator delete(memory);
-}
 
 namespace velmora {
 namespace {
-
-// The most memory that action holds at a time, beyond what was held before.
-size_t PeakBytes(const std::function<void()>& action) {
-    const size_t before = usedBytes;
-    mostBytes = before;
-    action();
-    return mostBytes - before;
-}
 
 TEST(LongChain, IsReadWithoutACopyOfIt) {
     std::vector<ByteString> certificates(20000, certificateFile("leaf"));
@@ -195,6 +157,27 @@ TEST(LongCertificate, IsCheckedInTimeThatGrowsWithTheLengthOfItsSignatureAlone) 
         return TimeMs([&] { EXPECT_EQ(CertificateChain({der}, "").modulus, ""); });
     };
     ExpectLinear(verifyMs(kShortBytes), verifyMs(kLongBytes));
+    trustStore.clear();
+}
+
+// A check with either would take seconds, and with longer ones hours.
+TEST(LongKey, IsRefusedAtOnce) {
+    trustStore.clear();
+    HandMadeCertificate authority;
+    authority.subject = nameContent("Issuer");
+    trustCertificate(authority.der());
+    HandMadeCertificate longModulus;
+    longModulus.modulus = ByteString(100000, '\xFF');
+    longModulus.exponent = ByteString("\x01\x00\x01", 3);
+    HandMadeCertificate longExponent;
+    longExponent.exponent = ByteString(1000000, '\xFF');
+    for (HandMadeCertificate above : {longModulus, longExponent}) {
+        above.signature = "\x01" + sha1Digest(above.tbs());
+        HandMadeCertificate leaf;
+        leaf.signature = ByteString(128, '\x55');
+        const std::vector<ByteString> certificates = {leaf.der(), above.der()};
+        EXPECT_LT(TimeMs([&] { EXPECT_EQ(CertificateChain(certificates, "").modulus, ""); }), 500);
+    }
     trustStore.clear();
 }
 
