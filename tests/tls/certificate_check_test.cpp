@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+
 #include "crypto/sha1.h"
 #include "crypto/trust_store.h"
 #include "tests/crypto/hand_made_certificate.h"
@@ -295,15 +298,16 @@ TEST_F(CertificateCheckTest, LogsTheKeyBeforeItRefusesIt) {
               (Texts{"9 CSTA: Rsa N(0506)", "9 CSTA: Rsa E(0102030405)", "9 CSTA: SendAlert(022b)"}));
 }
 
-// The block fills the modulus, whatever its length and whether it is odd.
+// The block fills the modulus, whatever its length and whether it is odd; with the exponent 1 it comes out as it went
+// in, with a zero byte in front.
 TEST_F(CertificateCheckTest, TheKeyExchangeIsAsLongAsAnyModulusItTakes) {
     verify = false;
     for (const size_t modulusBytes : {51U, 52U, 53U, 54U, 63U, 127U, 129U, 130U, 131U, 255U, 2047U, 2048U}) {
-        for (const unsigned lastByte : {0x00U, 0xC3U}) {
+        for (const auto& [lastByte, exponent] : {std::pair(0x00U, kExponent), {0xC3U, kExponent}, {0xC3U, "\x01"}}) {
             SCOPED_TRACE(std::to_string(modulusBytes) + " bytes, the last one " + std::to_string(lastByte));
             ByteString modulus(modulusBytes, '\xC3');
             modulus.back() = static_cast<char>(lastByte);
-            ASSERT_EQ(AnswerToKey(modulus, kExponent), "");
+            ASSERT_EQ(AnswerToKey(modulus, exponent), "");
             client.Feed(HandshakeRecord(MessageOf(2, ServerHelloFields().Body()) + MessageOf(14, "")));
             const std::vector<SeenRecord> records = RecordsIn(client.Send({}));
             ASSERT_EQ(records.size(), 3U);
