@@ -60,5 +60,13 @@ TEST(MemoryGrowth, DoesNotComeFromHandshakeMessagesThatAreIgnored) {
     EXPECT_FALSE(connection.Failed());
 }
 
+TEST(MemoryGrowth, GivesBackWhatALongHandshakeMessageTook) {
+    TlsConnection connection;
+    const size_t before = LiveBytes();
+    connection.Feed(MakeRecord(22, "\x63\xFF\xFF\xFF"));
+    for (int count = 0; count < 1024; ++count) connection.Feed(MakeRecord(22, ByteString(16384, 'x')));
+    EXPECT_LT(LiveBytes() - before, kAllowedBytes);
+}
+
 }  // namespace
 }  // namespace velmora
