@@ -152,6 +152,13 @@ TEST_F(SessionCacheTest, LetsTheOldestSessionGoWhenANewOneFindsNoRoom) {
     EXPECT_TRUE(cache.Resume(Id(2)));
 }
 
+TEST_F(SessionCacheTest, HoldsTheLatestSessionsHoweverManyHaveCome) {
+    StoreSessions(5000);
+    PassSeconds(2000);
+    EXPECT_FALSE(cache.Resume(Id(5000 - 1025)));
+    for (size_t number = 5000 - 1024; number < 5000; ++number) ASSERT_TRUE(cache.Resume(Id(number))) << number;
+}
+
 TEST_F(SessionCacheTest, LetsNoSessionGoForNewsOfOneThatItHolds) {
     StoreSessions(1024);
     cache.Store(Id(500), 0x002F, "secret");
