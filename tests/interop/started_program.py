@@ -2,10 +2,17 @@
 
 import os
 import queue
+import signal
 import subprocess
+import sys
 import threading
 
 DEADLINE_S = 60
+
+
+def end_with_cleanup_when_terminated():
+    """Without it a SIGTERM would end Python at once, and leave what it has started."""
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
 
 
 class Failure(Exception):
