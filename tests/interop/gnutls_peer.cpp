@@ -81,7 +81,7 @@ void GnuTlsPeer::UseTrusted() {
 
 void GnuTlsPeer::Restart() {
     const bool isClient = options.role == PeerRole::kClient;
-    if (session && isClient && options.resumption) {
+    if (state.handshakeComplete && isClient && options.resumption) {
         gnutls_datum_t data = {};
         Must(gnutls_session_get_data2(session.get(), &data));
         resumable = Bytes(data);
