@@ -71,7 +71,7 @@ TlsLink::TlsLink(Answer givenAnswer) : answer(givenAnswer) {
 }
 
 ByteString TlsLink::Receive(const ByteString& bytes) {
-    if (!endReason.empty() || bytes.empty()) return {};
+    if (bytes.empty()) return {};
     if (!std::exchange(started, true)) End(StartFault(bytes[0]));
     if (!endReason.empty()) return {};
     if (answer == Answer::kRefusal) {

@@ -270,14 +270,24 @@ TEST_F(TlsLinkTest, AnswersTheEncryptedClosingOfTlsAndEnds) {
 }
 
 TEST_F(TlsLinkTest, DropsWhatComesBehindTheEnd) {
-    Handshake();
-    ByteString bytes = client.Send("bad");
-    bytes.back() = static_cast<char>(bytes.back() ^ 1);
-    ToLink(bytes);
-    const ByteString reason = link.EndReason();
-    ToLink(client.Send("good"));
+    ByteString flight = LastFlight();
+    client.Feed(kCloseNotify);
+    flight += client.Send({});
+    ToLink(flight);
+    client.Feed(answered);
+    ASSERT_TRUE(client.HandshakeComplete());
+    ToLink(client.Send("too late"));
     EXPECT_EQ(plaintext, "");
-    EXPECT_EQ(link.EndReason(), reason);
+    EXPECT_EQ(link.EndReason(), "it closed TLS (close_notify)");
+}
+
+TEST_F(TlsLinkTest, KeepsTheFirstReason) {
+    Handshake();
+    client.Feed(ByteString("\x17\3\1\0\x20", 5) + ByteString(32, 'x'));
+    ByteString alert = client.Send({});
+    alert.back() = static_cast<char>(alert.back() ^ 1);
+    ToLink(alert);
+    EXPECT_EQ(link.EndReason(), "what it sent last fails the check of its MAC; sent an alert");
 }
 
 TEST(RefusingTlsLink, AnswersTheWholeClientHelloWithAnAlert) {
