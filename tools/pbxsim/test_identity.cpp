@@ -7,7 +7,7 @@
 namespace velmora::pbxsim {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 constexpr std::string_view kCertificate =
     "\x30\x82\x03\x4b\x30\x82\x02\x33\xa0\x03\x02\x01\x02\x02\x14\x34\x2c\x9c\x42\x42\x9e\xf4\xb1\xcc\x0c\x64\xaa\xfb"

@@ -79,7 +79,7 @@ ByteString TlsLink::Receive(const ByteString& bytes) {
         return {};
     }
     const bool wasComplete = tls.HandshakeComplete();
-    const ByteString plaintext = tls.Feed(bytes);
+    ByteString plaintext = tls.Feed(bytes);
     Collect({});
     if (!announced && tls.HandshakeComplete() && !tls.Failed()) {
         announced = true;
