@@ -1,14 +1,11 @@
 #include "csta/connection.h"
 
-#include <ws2tcpip.h>
-
-#include <memory>
-
 #include "config/clock.h"
 #include "config/settings.h"
 #include "config/text_numbers.h"
 #include "config/trace_log.h"
 #include "csta/link.h"
+#include "csta/pbx_socket.h"
 
 namespace velmora {
 namespace {
@@ -16,42 +13,6 @@ namespace {
 constexpr WORD kWinsockVersion = MAKEWORD(2, 2);
 constexpr int kReceiveBytes = 1024;  // read from the socket at a time
 constexpr DWORD kEndSendsMs = 500;   // for sends under way to end before their socket is closed
-
-struct AddressListDeleter {
-    void operator()(addrinfo* list) const { freeaddrinfo(list); }
-};
-using AddressList = std::unique_ptr<addrinfo, AddressListDeleter>;
-
-AddressList Resolve(const ByteString& address, int32_t port) {
-    addrinfo hints = {};
-    hints.ai_socktype = SOCK_STREAM;
-    hints.ai_protocol = IPPROTO_TCP;
-    addrinfo* list = nullptr;
-    if (getaddrinfo(address.c_str(), DecimalText(port).c_str(), &hints, &list) != 0) return nullptr;
-    return AddressList(list);
-}
-
-// Requests are small and wait for nothing: without this a request waits some 40 ms for the acknowledgement of the one
-// before.
-void SendAtOnce(SOCKET socket) {
-    const BOOL on = TRUE;
-    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&on), sizeof(on));
-}
-
-// A connected socket, or INVALID_SOCKET. Once a socket exists, no further address is tried. Keep.
-SOCKET OpenSocket(const ByteString& address, int32_t port) {
-    const AddressList list = Resolve(address, port);
-    for (const addrinfo* entry = list.get(); entry != nullptr; entry = entry->ai_next) {
-        if (entry->ai_family != AF_INET && entry->ai_family != AF_INET6) continue;
-        const SOCKET opened = ::socket(entry->ai_family, SOCK_STREAM, IPPROTO_TCP);
-        if (opened == INVALID_SOCKET) continue;
-        SendAtOnce(opened);
-        if (connect(opened, entry->ai_addr, static_cast<int>(entry->ai_addrlen)) == 0) return opened;
-        closesocket(opened);
-        return INVALID_SOCKET;
-    }
-    return INVALID_SOCKET;
-}
 
 }  // namespace
 
@@ -76,13 +37,18 @@ void CstaConnection::StartWinsock() {
 }
 
 void CstaConnection::Connect() {
+    const SOCKET opened = OpenPbxSocket(ResolvePbx(settings.address, settings.port).get());
+    if (opened == INVALID_SOCKET) {
+        WriteLog(1, "Connection establishment to \"" + settings.address + "\" failed");
+    }
+    Connect(opened);
+}
+
+void CstaConnection::Connect(SOCKET opened) {
     receiveBuffer.clear();
     cutter.Clear();
     keepalive.Disarm();
-    socket = OpenSocket(settings.address, settings.port);
-    if (socket == INVALID_SOCKET) {
-        WriteLog(1, "Connection establishment to \"" + settings.address + "\" failed");
-    }
+    socket = opened;
     if (settings.encrypt) StartTls();
 }
 
@@ -135,6 +101,15 @@ void CstaConnection::Transmit(const ByteString& bytes) const {
         if (count <= 0) return;  // the link is down; nothing repairs it
         sent += static_cast<size_t>(count);
     }
+}
+
+bool CstaConnection::CanReceive(uint32_t timeoutMs) const {
+    fd_set readable;
+    FD_ZERO(&readable);
+    const SOCKET open = socket;
+    FD_SET(open, &readable);
+    timeval wait = {static_cast<long>(timeoutMs / 1000), static_cast<long>(timeoutMs % 1000 * 1000)};
+    return select(0, &readable, nullptr, nullptr, &wait) != 0;
 }
 
 bool CstaConnection::Receive() {

@@ -31,14 +31,23 @@ public:
     // first that names a TCP endpoint; a failure is logged and leaves the link down. Before any thread of the session.
     void Connect();
 
+    // Makes a socket the link instead, or leaves it down with INVALID_SOCKET. It closes the socket in the end.
+    void Connect(SOCKET opened);
+
     // Ends the link, a send or a Receive that waits in it included. Does not wait for the lock.
     void Disconnect();
 
     // See link.h. Takes the lock.
     uint32_t SendRequest(const ByteString& xml);
 
+    // Waits until Receive would return at once; false when that is not so after timeoutMs.
+    bool CanReceive(uint32_t timeoutMs) const;
+
     // Waits for bytes and keeps them for NextFrame; takes the lock for that. False when the link is down.
     bool Receive();
+
+    // What Receive has kept and TakeReceived not yet taken. Lock held.
+    const ByteString& Received() const { return receiveBuffer; }
 
     // Turns all bytes that Receive has kept into the plain stream of frames, and sends what TLS answers to them. Lock
     // held.
@@ -46,6 +55,9 @@ public:
 
     // The next whole frame of the plain stream; none when more bytes are needed. Lock held.
     std::optional<Frame> NextFrame() { return cutter.Next(); }
+
+    // The link's end of TLS; of no meaning while encrypt is off. Lock held.
+    const TlsConnection& Tls() const { return tls; }
 
 private:
     void StartTls();
