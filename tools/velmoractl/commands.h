@@ -18,6 +18,7 @@ struct Command {
 };
 
 extern const Command kDialCommand;
+extern const Command kCheckCommand;
 extern const Command kCapsCommand;
 extern const Command kConfigCommand;
 extern const Command kConfigureCommand;

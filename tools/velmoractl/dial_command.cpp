@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "config/text_numbers.h"
-#include "provider/dialled_digits.h"
+#include "tools/velmoractl/call_options.h"
 #include "tools/velmoractl/commands.h"
 #include "tools/velmoractl/interrupt.h"
 #include "tools/velmoractl/plain_text.h"
@@ -15,7 +15,6 @@ namespace {
 
 constexpr uint32_t kDefaultHoldSeconds = 5;
 constexpr uint32_t kDefaultTimeoutSeconds = 10;
-constexpr uint32_t kMaxSeconds = 86400;
 constexpr uint64_t kMonitorWaitMs = 3000;      // for an answer that a call does not depend on
 constexpr uint64_t kUnseenLoginWaitMs = 2000;  // for a login that cannot be seen to succeed
 
@@ -54,26 +53,14 @@ struct DialOptions {
     bool showXml = false;
 };
 
-bool ReadSeconds(const Arguments& arguments, const ByteString& option, uint32_t& seconds) {
-    if (!arguments.Has(option)) return true;
-    const std::optional<uint32_t> number = ParseWholeNumber(arguments.options.at(option), kMaxSeconds);
-    seconds = number.value_or(seconds);
-    return number.has_value();
-}
-
 // Reads the command line; gives what is wrong with it as a sentence, else nothing.
 ByteString ReadOptions(const Arguments& arguments, DialOptions& options) {
     if (arguments.words.empty()) return "Which NUMBER is to be dialled?";
     if (arguments.words.size() > 1) return "Only one NUMBER can be dialled; put it in quotes if it has spaces.";
-    const ByteString& number = arguments.words.front();
-    options.digits = DialledDigits(std::u16string(number.begin(), number.end()));
-    if (options.digits.empty()) {
-        return "\"" + Printable(number) + "\" holds nothing that can be dialled: digits, \"*\" and \"#\" can.";
-    }
-    if (!ReadSeconds(arguments, "--hold", options.holdSeconds)) return "--hold takes whole seconds, at most 86400.";
-    if (!ReadSeconds(arguments, "--timeout", options.timeoutSeconds)) {
-        return "--timeout takes whole seconds, at most 86400.";
-    }
+    ByteString problem = ReadDigits(arguments.words.front(), options.digits);
+    if (problem.empty()) problem = ReadSeconds(arguments, "--hold", options.holdSeconds);
+    if (problem.empty()) problem = ReadSeconds(arguments, "--timeout", options.timeoutSeconds);
+    if (!problem.empty()) return problem;
     options.path = arguments.Has("--tsp") ? arguments.options.at("--tsp") : DefaultProviderPath();
     options.showXml = arguments.Has("--xml");
     return {};

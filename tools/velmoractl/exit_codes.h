@@ -16,6 +16,9 @@ enum class ExitCode {
     kNotVisible = 9,       // the trace log could not be read, so the outcome is not known
     kRegistry = 10,        // the registry cannot be written
     kNoEncryption = 11,    // the PBX is reached, but not with TLS
+    kNotResolved = 12,     // the PBX's host name has no address
+    kNotMonitored = 13,    // the PBX refused to monitor the user's device, or did not answer
+    kNotCleared = 14,      // the PBX refused to clear the call, or did not answer
 };
 
 }  // namespace velmora::ctl

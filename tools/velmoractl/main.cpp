@@ -8,14 +8,14 @@
 namespace velmora::ctl {
 namespace {
 
-const Command* const kCommands[] = {&kDialCommand, &kCapsCommand, &kConfigCommand, &kConfigureCommand};
+const Command* const kCommands[] = {&kDialCommand, &kCheckCommand, &kCapsCommand, &kConfigCommand, &kConfigureCommand};
 
 constexpr size_t kNameWidth = 10;
 
 void PrintHelp() {
     Print(
         "velmoractl - works with the Velmora telephony service provider: places test calls,\n"
-        "shows what the provider offers, keeps its settings.\n"
+        "finds faults, shows what the provider offers, keeps its settings.\n"
         "\n"
         "Usage: velmoractl COMMAND ...\n"
         "\n");
