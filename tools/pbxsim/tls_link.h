@@ -4,7 +4,7 @@
 
 #include "config/byte_string.h"
 #include "tls/tls_connection.h"
-#include "tools/pbxsim/alert_watch.h"
+#include "tools/alert_watch.h"
 
 namespace velmora::pbxsim {
 

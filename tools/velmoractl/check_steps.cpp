@@ -1,6 +1,11 @@
 #include "tools/velmoractl/check_steps.h"
 
+#include <optional>
+
 #include "config/text_numbers.h"
+#include "tls/protocol.h"
+#include "tools/alert_watch.h"
+#include "tools/velmoractl/log_note.h"
 #include "tools/velmoractl/plain_text.h"
 #include "tools/velmoractl/stored_settings.h"
 #include "tools/velmoractl/tls_facts.h"
@@ -59,9 +64,7 @@ ByteString Joined(const std::vector<ByteString>& texts, std::string_view separat
 // A verdict on the call as a step: its sentence without the "FAILED: ".
 CheckStep FromVerdict(const Verdict& verdict) {
     constexpr size_t kVerdictStart = sizeof("FAILED: ") - 1;
-    ByteString sentence = verdict.sentence.substr(kVerdictStart);
-    if (sentence.starts_with("the ")) sentence[0] = 'T';
-    return Failed(verdict.code, sentence, verdict.advice);
+    return Failed(verdict.code, AsSentence(verdict.sentence.substr(kVerdictStart)), verdict.advice);
 }
 
 CheckStep JudgedAsCall(const CheckFacts& facts, const PbxExchange& exchange) {
@@ -108,6 +111,15 @@ std::vector<ByteString> DoubtfulSettings() {
     return doubts;
 }
 
+// The fatal alert among the first records from the PBX, if there is one that is not encrypted.
+std::optional<uint32_t> FatalAlertIn(std::string_view received) {
+    for (const SeenAlert& alert : AlertWatch().Follow(ByteString(received))) {
+        const bool fatal = alert.level == static_cast<uint8_t>(AlertLevel::kFatal);
+        if (alert.readable && fatal) return alert.description;
+    }
+    return {};
+}
+
 // What the PBX did instead of completing the handshake.
 CheckStep HandshakeFailure(const CheckFacts& facts, const TlsConnection& tls, WaitEnd end, std::string_view received) {
     const ByteString fault = HandshakeFault(tls);
@@ -122,12 +134,13 @@ CheckStep HandshakeFailure(const CheckFacts& facts, const TlsConnection& tls, Wa
                       "Is this the PBX's port for CSTA? velmoractl config get port. If it takes no TLS there: "
                       "velmoractl config set encrypt off");
     }
+    if (const std::optional<uint32_t> alert = FatalAlertIn(received)) {
+        const TlsFailure failure = FailureByAlert(*alert);
+        return Failed(ExitCode::kNoEncryption, AsSentence(failure.reason) + ".", failure.advice);
+    }
     const ByteString advice =
         "Does the PBX take TLS 1.0 with RSA and AES-CBC or RC4 on this port? If it takes no TLS at all: "
         "velmoractl config set encrypt off";
-    if (tls.PeerAlertReceived()) {
-        return Failed(ExitCode::kNoEncryption, "The PBX refused the TLS handshake with an alert.", advice);
-    }
     if (end == WaitEnd::kClosed) return ConnectionClosed(ExitCode::kNoEncryption, "completing TLS", advice);
     return Failed(ExitCode::kNoEncryption, "The PBX did not complete TLS" + Within(facts) + ".", advice);
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tools/alert_text.h"
+#include "tools/velmoractl/plain_text.h"
 
 namespace velmora::ctl {
 namespace {
@@ -49,12 +50,6 @@ ByteString AlertAdvice(uint32_t description) {
     }
 }
 
-// The first letter as a capital.
-ByteString AsSentence(ByteString text) {
-    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
-    return text;
-}
-
 }  // namespace
 
 ByteString NoteText(const LogRecord& record) {
@@ -87,7 +82,11 @@ TlsFailure TlsFailureIn(const LogRecord& record) {
     }
     const std::optional<TlsAlert> alert = AlertIn(record.text);
     if (!alert || !alert->fatal) return {};
-    return {"the PBX ended TLS with the alert " + AlertText(alert->description), AlertAdvice(alert->description)};
+    return FailureByAlert(alert->description);
+}
+
+TlsFailure FailureByAlert(uint32_t description) {
+    return {"the PBX ended TLS with the alert " + AlertText(description), AlertAdvice(description)};
 }
 
 }  // namespace velmora::ctl

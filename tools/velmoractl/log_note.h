@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "config/byte_string.h"
 #include "tools/velmoractl/trace_log_reader.h"
 
@@ -18,5 +20,8 @@ struct TlsFailure {
     ByteString advice;  // a sentence or two
 };
 TlsFailure TlsFailureIn(const LogRecord& record);
+
+// The failure that a fatal alert from the PBX means.
+TlsFailure FailureByAlert(uint32_t description);
 
 }  // namespace velmora::ctl

@@ -22,7 +22,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr uint64_t kInterruptPollMs = 100;
-constexpr size_t kKeptFirstBytes = 256;
+constexpr size_t kKeptFirstBytes = 65536;  // more than a handshake needs
 
 // The PBX's answer to MakeCall, as the provider's table of calls would get it.
 struct BoundCall {

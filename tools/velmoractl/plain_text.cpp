@@ -28,4 +28,9 @@ ByteString Padded(std::string_view text, size_t width) {
     return padded;
 }
 
+ByteString AsSentence(ByteString text) {
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
+    return text;
+}
+
 }  // namespace velmora::ctl

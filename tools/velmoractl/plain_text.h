@@ -15,4 +15,7 @@ ByteString Printable(std::string_view text);
 // Text filled up with spaces to a width in characters; longer text stays as it is.
 ByteString Padded(std::string_view text, size_t width);
 
+// Text with its first letter, if it is one of a to z, as a capital.
+ByteString AsSentence(ByteString text);
+
 }  // namespace velmora::ctl

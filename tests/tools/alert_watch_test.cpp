@@ -1,8 +1,8 @@
-#include "tools/pbxsim/alert_watch.h"
+#include "tools/alert_watch.h"
 
 #include <gtest/gtest.h>
 
-namespace velmora::pbxsim {
+namespace velmora {
 namespace {
 
 using Alerts = std::vector<SeenAlert>;
@@ -48,4 +48,4 @@ TEST(AlertWatch, TakesTheFirstTwoBytesOfALongerAlertAndNothingOfAShorterOne) {
 }
 
 }  // namespace
-}  // namespace velmora::pbxsim
+}  // namespace velmora

@@ -1,9 +1,9 @@
-#include "tools/pbxsim/alert_watch.h"
+#include "tools/alert_watch.h"
 
 #include "config/big_endian.h"
 #include "tls/protocol.h"
 
-namespace velmora::pbxsim {
+namespace velmora {
 
 std::vector<SeenAlert> AlertWatch::Follow(const ByteString& bytes) {
     std::vector<SeenAlert> alerts;
@@ -33,4 +33,4 @@ std::vector<SeenAlert> AlertWatch::Follow(const ByteString& bytes) {
     return alerts;
 }
 
-}  // namespace velmora::pbxsim
+}  // namespace velmora

@@ -6,7 +6,7 @@
 
 #include "config/byte_string.h"
 
-namespace velmora::pbxsim {
+namespace velmora {
 
 // An alert of TLS on its way (RFC 2246, section 7.2).
 struct SeenAlert {
@@ -31,4 +31,4 @@ private:
     bool cipherChanged = false;  // what this end sends is encrypted from here on
 };
 
-}  // namespace velmora::pbxsim
+}  // namespace velmora
