@@ -152,11 +152,12 @@ TEST_F(SessionCacheTest, LetsTheOldestSessionGoWhenANewOneFindsNoRoom) {
     EXPECT_TRUE(cache.Resume(Id(2)));
 }
 
+// The later the session, the lower its ID: the order in which they come is not that of their IDs.
 TEST_F(SessionCacheTest, HoldsTheLatestSessionsHoweverManyHaveCome) {
-    StoreSessions(5000);
+    for (size_t number = 9999; number >= 5000; --number) cache.Store(Id(number), 0x002F, "secret");
     PassSeconds(2000);
-    EXPECT_FALSE(cache.Resume(Id(5000 - 1025)));
-    for (size_t number = 5000 - 1024; number < 5000; ++number) ASSERT_TRUE(cache.Resume(Id(number))) << number;
+    EXPECT_FALSE(cache.Resume(Id(5000 + 1024)));
+    for (size_t number = 5000; number < 5000 + 1024; ++number) ASSERT_TRUE(cache.Resume(Id(number))) << number;
 }
 
 TEST_F(SessionCacheTest, LetsNoSessionGoForNewsOfOneThatItHolds) {
