@@ -144,6 +144,11 @@ ByteString AesCipher::decrypt(const ByteString& data) {
     return {};
 }
 
+void AesCipher::encryptBlocks(char* blocks, size_t count) {
+    auto* const bytes = reinterpret_cast<uint8_t*>(blocks);
+    fastestPath().encryptCbc(keysOf(*this), unsignedBytes(chain), bytes, bytes, count);
+}
+
 ByteString AesCipher::encryptBlock(const ByteString& block) const {
     if (!isReady(*this)) return {};
     ByteString output = exactly(kAesBlockBytes, block);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "config/byte_string.h"
@@ -32,6 +33,9 @@ struct AesCipher {
     // chain, decrypt keeps the chain of before; keep. Such a piece is meant to be the stream's last.
     ByteString encrypt(const ByteString& data);
     ByteString decrypt(const ByteString& data);
+
+    // The next count blocks of a CBC stream, encrypted where they lie. A key must be set.
+    void encryptBlocks(char* blocks, size_t count);
 
     // One block of 16 bytes by itself, without the chain: the first 16 bytes of block, missing ones counting as zero.
     // decryptBlock wants the schedule of initDecrypt in a mode other than CFB.

@@ -15,7 +15,8 @@ struct AesKeys {
 };
 
 // The work on blocks, done with one set of instructions. All paths give the same. CBC goes over count blocks from
-// source to target, which do not overlap, and carries the 16 bytes of chain on.
+// source to target, which do not overlap, though encryption may be done where the blocks lie, and carries the 16 bytes
+// of chain on.
 struct AesPath {
     void (*encryptBlock)(const AesKeys& keys, uint8_t* block);
     void (*decryptBlock)(const AesKeys& keys, uint8_t* block);

@@ -33,6 +33,11 @@ template <typename Hash>
 void HmacKey<Hash>::digest(std::initializer_list<std::string_view> pieces, uint8_t* target) const {
     Hash hash = inner;
     for (const std::string_view piece : pieces) hash.update(piece);
+    finish(hash, target);
+}
+
+template <typename Hash>
+void HmacKey<Hash>::finish(Hash& hash, uint8_t* target) const {
     char innerDigest[Hash::kDigestBytes];
     hash.finish(reinterpret_cast<uint8_t*>(innerDigest));
 

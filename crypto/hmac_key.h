@@ -22,6 +22,10 @@ public:
     void digest(std::initializer_list<std::string_view> pieces, uint8_t* target) const;
     ByteString digest(std::initializer_list<std::string_view> pieces) const;
 
+    // The same in steps: update what start gives with the pieces, and finish it, which uses it up.
+    Hash start() const { return inner; }
+    void finish(Hash& hash, uint8_t* target) const;
+
 private:
     Hash inner;  // has taken the key's inner pad
     Hash outer;  // has taken the key's outer pad

@@ -20,14 +20,21 @@ ByteString MacHeader(const MacInput& input) {
 }
 
 template <typename Hash>
-void WriteMac(const HmacKey<Hash>& key, std::string_view secret, const MacInput& input, char* target) {
-    const ByteString header = MacHeader(input);
-    if (input.version >= kTls10) {
-        key.digest({header, input.content}, reinterpret_cast<uint8_t*>(target));
-        return;
+Hash StartMac(const HmacKey<Hash>& key, std::string_view secret, const MacInput& input) {
+    Hash hash = key.start();
+    if (input.version < kTls10) {
+        hash = Hash();
+        hash.update(secret);
+        hash.update(PadFor<Hash>(kPad1));
     }
-    const ByteString inner = DigestBehind(Hash(), {secret, PadFor<Hash>(kPad1), header, input.content});
-    const ByteString outer = Ssl3Digest<Hash>(secret, inner);
+    hash.update(MacHeader(input));
+    return hash;
+}
+
+template <typename Hash>
+void FinishMac(const HmacKey<Hash>& key, std::string_view secret, Hash& hash, uint16_t version, char* target) {
+    if (version >= kTls10) return key.finish(hash, reinterpret_cast<uint8_t*>(target));
+    const ByteString outer = Ssl3Digest<Hash>(secret, hash.digest());
     std::copy(outer.begin(), outer.end(), target);
 }
 
@@ -38,9 +45,30 @@ RecordMac::RecordMac(MacKind kind, ByteString macSecret) : secret(std::move(macS
     if (kind == MacKind::kSha1) key = HmacKey<Sha1State>(secret);
 }
 
+RecordMac::State RecordMac::Start(const MacInput& input) const {
+    if (const auto* md5Key = std::get_if<HmacKey<Md5State>>(&key)) return StartMac(*md5Key, secret, input);
+    if (const auto* sha1Key = std::get_if<HmacKey<Sha1State>>(&key)) return StartMac(*sha1Key, secret, input);
+    return {};
+}
+
+void RecordMac::Update(State& state, std::string_view piece) {
+    if (auto* md5 = std::get_if<Md5State>(&state)) md5->update(piece);
+    if (auto* sha1 = std::get_if<Sha1State>(&state)) sha1->update(piece);
+}
+
+void RecordMac::Finish(State& state, uint16_t version, char* target) const {
+    if (auto* md5 = std::get_if<Md5State>(&state)) {
+        FinishMac(std::get<HmacKey<Md5State>>(key), secret, *md5, version, target);
+    }
+    if (auto* sha1 = std::get_if<Sha1State>(&state)) {
+        FinishMac(std::get<HmacKey<Sha1State>>(key), secret, *sha1, version, target);
+    }
+}
+
 void RecordMac::Write(const MacInput& input, char* target) const {
-    if (const auto* md5Key = std::get_if<HmacKey<Md5State>>(&key)) WriteMac(*md5Key, secret, input, target);
-    if (const auto* sha1Key = std::get_if<HmacKey<Sha1State>>(&key)) WriteMac(*sha1Key, secret, input, target);
+    State state = Start(input);
+    Update(state, input.content);
+    Finish(state, input.version, target);
 }
 
 }  // namespace velmora

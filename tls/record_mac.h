@@ -14,6 +14,9 @@
 
 namespace velmora {
 
+// What stands in front of the content in TLS: sequence number, type, version, length. SSL 3.0 has no version.
+inline constexpr size_t kMacHeaderBytes = 13;
+
 // What a record's MAC is taken over.
 struct MacInput {
     uint64_t sequence;  // number of the record in its direction
@@ -30,6 +33,14 @@ public:
 
     // The secret has 16 bytes for MD5 and 20 for SHA-1.
     RecordMac(MacKind kind, ByteString macSecret);
+
+    // A MAC in the making.
+    using State = std::variant<std::monostate, Md5State, Sha1State>;
+
+    // The MAC in steps: Start, an Update for each piece of the content, and Finish, which writes the MAC to target.
+    State Start(const MacInput& input) const;
+    static void Update(State& state, std::string_view piece);
+    void Finish(State& state, uint16_t version, char* target) const;
 
     // Writes the MAC to target: 16 bytes for MD5, 20 for SHA-1. target may be the end of the content.
     void Write(const MacInput& input, char* target) const;

@@ -1,9 +1,15 @@
 #include "tls/record_protection.h"
 
+#include "crypto/hash_blocks.h"
 #include "tls/constant_time.h"
 
 namespace velmora {
 namespace {
+
+// Digest and cipher go on together in steps of a hash block: the first one is shorter by what stands in front of the
+// content.
+constexpr size_t kStepBytes = kHashBlockBytes;
+constexpr size_t kFirstStepBytes = kStepBytes - kMacHeaderBytes;
 
 // Block ciphers get n bytes of value n and one more: as few as fill the last block.
 void AppendPadding(ByteString& plaintext, size_t blockBytes) {
@@ -41,13 +47,18 @@ RecordProtection RecordProtection::ForReceiving(const CipherSuite& suite, const 
 }
 
 ByteString RecordProtection::Protect(RecordType type, uint16_t version, std::string_view content) {
-    ByteString plaintext;
-    plaintext.reserve(content.size() + suite.macBytes + suite.blockBytes);
-    plaintext += content;
-    plaintext.resize(content.size() + suite.macBytes);
-    mac.Write({sequence++, type, version, content}, plaintext.data() + content.size());
-    if (suite.BlockMode()) AppendPadding(plaintext, suite.blockBytes);
-    return Encrypt(plaintext);
+    const MacInput input = {sequence++, type, version, content};
+    ByteString fragment;
+    fragment.reserve(content.size() + suite.macBytes + suite.blockBytes);
+    fragment += content;
+    fragment.resize(content.size() + suite.macBytes);
+    if (suite.BlockMode()) {
+        AppendPadding(fragment, suite.blockBytes);
+        AuthenticateAndEncrypt(input, fragment);
+        return fragment;
+    }
+    mac.Write(input, fragment.data() + content.size());
+    return suite.cipherKind == CipherKind::kRc4 ? rc4Process(rc4, fragment) : fragment;
 }
 
 std::optional<ByteString> RecordProtection::Unprotect(RecordType type, uint16_t version, const ByteString& fragment) {
@@ -62,9 +73,24 @@ std::optional<ByteString> RecordProtection::Unprotect(RecordType type, uint16_t 
     return plaintext;
 }
 
-ByteString RecordProtection::Encrypt(const ByteString& plaintext) {
-    if (suite.cipherKind == CipherKind::kRc4) return rc4Process(rc4, plaintext);
-    return suite.BlockMode() ? aes.encrypt(plaintext) : plaintext;
+// Digest and cipher each wait for their own last result, but not for each other: when they go on in steps, a processor
+// does both at once.
+void RecordProtection::AuthenticateAndEncrypt(const MacInput& input, ByteString& fragment) {
+    auto encrypt = [&, encrypted = size_t{0}](size_t end) mutable {
+        const size_t blocks = (end - encrypted) / suite.blockBytes;
+        aes.encryptBlocks(fragment.data() + encrypted, blocks);
+        encrypted += blocks * suite.blockBytes;
+    };
+    RecordMac::State state = mac.Start(input);
+    size_t digested = 0;
+    while (digested < input.content.size()) {
+        const std::string_view step = input.content.substr(digested, digested == 0 ? kFirstStepBytes : kStepBytes);
+        RecordMac::Update(state, step);
+        digested += step.size();
+        encrypt(digested);
+    }
+    mac.Finish(state, input.version, fragment.data() + digested);
+    encrypt(fragment.size());
 }
 
 ByteString RecordProtection::Decrypt(const ByteString& ciphertext) {

@@ -40,8 +40,10 @@ public:
 private:
     RecordProtection(const CipherSuite& cipherSuite, const DirectionKeys& keys);
 
-    ByteString Encrypt(const ByteString& plaintext);
-    ByteString Decrypt(const ByteString& ciphertext);
+    // For a block cipher: fragment holds the content, room for its MAC, and the padding. Fills in the MAC and encrypts
+    // it all where it lies.
+    void AuthenticateAndEncrypt(const MacInput& input, ByteString& fragment);
+    ByteString Decrypt(ByteString ciphertext);
 
     CipherSuite suite;
     RecordMac mac;
