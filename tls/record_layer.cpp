@@ -28,38 +28,26 @@ void TlsConnection::Reset() {
 
 ByteString TlsConnection::Feed(std::string_view received) {
     if (failed) return {};
-    // Whole records are read where they lie: only what is left of the bytes waits in the buffer.
-    const bool othersWaited = !inputBuffer.empty();
-    if (othersWaited) inputBuffer += received;
-    const std::string_view bytes = othersWaited ? std::string_view(inputBuffer) : received;
+    inputBuffer += received;
     size_t position = 0;
     while (!failed) {
-        const std::string_view left = bytes.substr(position);
+        const std::string_view left = std::string_view(inputBuffer).substr(position);
         if (left.size() < kRecordHeaderBytes) break;
         const size_t fragmentBytes = ReadBigEndian(left.substr(3, 2));
         if (left.size() < kRecordHeaderBytes + fragmentBytes) break;
         position += kRecordHeaderBytes + fragmentBytes;
         ReadRecord(static_cast<RecordType>(left[0]), ByteString(left.substr(kRecordHeaderBytes, fragmentBytes)));
     }
-    if (failed) position = bytes.size();
-    if (othersWaited) {
-        inputBuffer.erase(0, position);
-    } else {
-        inputBuffer = bytes.substr(position);
-    }
+    inputBuffer.erase(0, failed ? ByteString::npos : position);
     return std::exchange(receivedPlaintext, {});
 }
 
 // Nothing sends what is pending when the handshake completes: it waits for the next call. Keep. An owner calls after
 // each Feed.
 ByteString TlsConnection::Send(std::string_view plaintext) {
-    const bool ready = handshakeComplete && cipherKind != CipherKind::kNone;
-    if (!ready || !pendingPlaintext.empty()) {
-        pendingPlaintext += plaintext;
-        plaintext = pendingPlaintext;
-    }
-    if (ready) {
-        WriteRecord(RecordType::kApplicationData, plaintext);
+    pendingPlaintext += plaintext;
+    if (handshakeComplete && cipherKind != CipherKind::kNone) {
+        WriteRecord(RecordType::kApplicationData, pendingPlaintext);
         pendingPlaintext.clear();
     }
     return std::exchange(outputBuffer, {});

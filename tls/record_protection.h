@@ -43,7 +43,7 @@ private:
     // For a block cipher: fragment holds the content, room for its MAC, and the padding. Fills in the MAC and encrypts
     // it all where it lies.
     void AuthenticateAndEncrypt(const MacInput& input, ByteString& fragment);
-    ByteString Decrypt(ByteString ciphertext);
+    ByteString Decrypt(const ByteString& ciphertext);
 
     CipherSuite suite;
     RecordMac mac;

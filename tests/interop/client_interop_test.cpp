@@ -9,6 +9,7 @@
 #include "tests/interop/interop_case.h"
 #include "tests/interop/record_editing.h"
 #include "tests/interop/tls_dialogue.h"
+#include "tests/support/tls_records.h"
 
 namespace velmora::interop {
 namespace {
@@ -276,7 +277,7 @@ TEST_P(ClientInterop, DoesAFullHandshakeWithAServerThatNeverKnewTheSession) {
 
 TEST_P(ClientInterop, LeavesARequestToRenegotiateOutOfTheHandshakesProof) {
     TlsDialogue dialogue = With(ServerOptions());
-    const ByteString request = JoinRecords({{RecordType::kHandshake, kTls10, ByteString(4, '\0')}});
+    const ByteString request = MakeRecord(static_cast<uint8_t>(RecordType::kHandshake), ByteString(4, '\0'));
     dialogue.onWayToUs = [&](const ByteString& bytes) {
         // A server's first flight, and nothing behind it.
         return CutRecords(bytes).size() > 2 ? request + bytes : bytes;

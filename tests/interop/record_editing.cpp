@@ -1,40 +1,26 @@
 #include "tests/interop/record_editing.h"
 
 #include <algorithm>
+#include <vector>
 
-#include "config/big_endian.h"
+#include "tests/support/tls_records.h"
 
 namespace velmora::interop {
 
-std::vector<WireRecord> CutRecords(const ByteString& bytes) {
-    std::vector<WireRecord> records;
-    for (size_t position = 0; position < bytes.size();) {
-        const auto type = static_cast<RecordType>(bytes.at(position));
-        const auto version = static_cast<uint16_t>(ReadBigEndian(bytes.substr(position + 1, 2)));
-        const size_t fragmentBytes = ReadBigEndian(bytes.substr(position + 3, 2));
-        records.push_back({type, version, bytes.substr(position + kRecordHeaderBytes, fragmentBytes)});
-        position += kRecordHeaderBytes + fragmentBytes;
-    }
-    return records;
+namespace {
+
+bool Is(const WireRecord& record, RecordType type) {
+    return record.type == static_cast<uint8_t>(type);
 }
 
-ByteString JoinRecords(const std::vector<WireRecord>& records) {
-    ByteString bytes;
-    for (const WireRecord& record : records) {
-        AppendBigEndian(bytes, static_cast<uint8_t>(record.type), 1);
-        AppendBigEndian(bytes, record.version, 2);
-        AppendBigEndian(bytes, record.fragment.size(), 2);
-        bytes += record.fragment;
-    }
-    return bytes;
-}
+}  // namespace
 
 ByteString WithHandshakeInOneRecord(const ByteString& bytes) {
     std::vector<WireRecord> joined;
     bool isProtected = false;
     for (const WireRecord& record : CutRecords(bytes)) {
-        isProtected |= record.type == RecordType::kChangeCipherSpec;
-        if (!isProtected && record.type == RecordType::kHandshake && !joined.empty() &&
+        isProtected |= Is(record, RecordType::kChangeCipherSpec);
+        if (!isProtected && Is(record, RecordType::kHandshake) && !joined.empty() &&
             joined.back().fragment.size() + record.fragment.size() <= kFragmentMaxBytes) {
             joined.back().fragment += record.fragment;
         } else {
@@ -48,8 +34,8 @@ ByteString WithHandshakeInPieces(const ByteString& bytes, size_t pieceBytes) {
     std::vector<WireRecord> pieces;
     bool isProtected = false;
     for (const WireRecord& record : CutRecords(bytes)) {
-        isProtected |= record.type == RecordType::kChangeCipherSpec;
-        if (isProtected || record.type != RecordType::kHandshake) {
+        isProtected |= Is(record, RecordType::kChangeCipherSpec);
+        if (isProtected || !Is(record, RecordType::kHandshake)) {
             pieces.push_back(record);
             continue;
         }
@@ -62,7 +48,7 @@ ByteString WithHandshakeInPieces(const ByteString& bytes, size_t pieceBytes) {
 
 ByteString WithLastByteChanged(const ByteString& bytes, RecordType type) {
     std::vector<WireRecord> records = CutRecords(bytes);
-    const auto first = std::ranges::find(records, type, &WireRecord::type);
+    const auto first = std::ranges::find_if(records, [&](const WireRecord& record) { return Is(record, type); });
     if (first != records.end()) first->fragment.back() = static_cast<char>(first->fragment.back() ^ 1);
     return JoinRecords(records);
 }

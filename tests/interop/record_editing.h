@@ -1,8 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <vector>
 
 #include "config/byte_string.h"
 #include "tls/protocol.h"
@@ -10,16 +8,6 @@
 namespace velmora::interop {
 
 // Records on their way from one end to the other.
-
-struct WireRecord {
-    RecordType type;
-    uint16_t version;
-    ByteString fragment;
-};
-
-// The records that bytes consist of, each whole.
-std::vector<WireRecord> CutRecords(const ByteString& bytes);
-ByteString JoinRecords(const std::vector<WireRecord>& records);
 
 // Handshake messages that follow each other, in one record as far as they fit.
 ByteString WithHandshakeInOneRecord(const ByteString& bytes);

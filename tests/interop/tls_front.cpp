@@ -6,8 +6,9 @@
 #include <memory>
 
 #include "tests/interop/front_options.h"
-#include "tests/interop/record_editing.h"
 #include "tests/interop/tcp_socket.h"
+#include "tests/support/tls_records.h"
+#include "tls/protocol.h"
 
 namespace velmora::interop {
 namespace {
@@ -62,7 +63,9 @@ private:
         if (options.tamperRecord == 0) return bytes;
         std::vector<WireRecord> records = CutRecords(bytes);
         for (WireRecord& record : records) {
-            if (record.type != RecordType::kApplicationData || ++dataRecords != options.tamperRecord) continue;
+            if (record.type != static_cast<uint8_t>(RecordType::kApplicationData) ||
+                ++dataRecords != options.tamperRecord)
+                continue;
             record.fragment.back() = static_cast<char>(record.fragment.back() ^ 1);
             std::printf("connection %d: record %d tampered with\n", number, dataRecords);
         }

@@ -1,27 +1,39 @@
 #include "tests/support/tls_records.h"
 
-#include <gtest/gtest.h>
+#include <stdexcept>
 
-#include "tls/wire.h"
+#include "config/big_endian.h"
+#include "tls/protocol.h"
 
 namespace velmora {
 
 ByteString MakeRecord(uint8_t type, std::string_view fragment, uint16_t version) {
-    return WireWriter().U8(type).U16(version).Bytes16(fragment).Written();
+    ByteString bytes;
+    AppendBigEndian(bytes, type, 1);
+    AppendBigEndian(bytes, version, 2);
+    AppendBigEndian(bytes, fragment.size(), 2);
+    return bytes.append(fragment);
 }
 
 std::vector<WireRecord> CutRecords(std::string_view bytes) {
     std::vector<WireRecord> records;
-    for (WireReader reader(bytes); !reader.Rest().empty();) {
-        const bool wholeHeader = reader.Rest().size() >= 5;
-        const uint8_t type = reader.U8();
-        const uint16_t version = reader.U16();
-        const uint16_t length = reader.U16();
-        const bool wholeRecord = wholeHeader && reader.Rest().size() >= length;
-        EXPECT_TRUE(wholeRecord) << "the bytes end within a record";
-        records.push_back({type, version, reader.Bytes(length)});
+    while (!bytes.empty()) {
+        const bool wholeHeader = bytes.size() >= kRecordHeaderBytes;
+        const size_t length = wholeHeader ? ReadBigEndian(bytes.substr(3, 2)) : 0;
+        if (!wholeHeader || bytes.size() - kRecordHeaderBytes < length) {
+            throw std::invalid_argument("the bytes end within a record");
+        }
+        records.push_back({static_cast<uint8_t>(bytes[0]), static_cast<uint16_t>(ReadBigEndian(bytes.substr(1, 2))),
+                           ByteString(bytes.substr(kRecordHeaderBytes, length))});
+        bytes.remove_prefix(kRecordHeaderBytes + length);
     }
     return records;
+}
+
+ByteString JoinRecords(const std::vector<WireRecord>& records) {
+    ByteString bytes;
+    for (const WireRecord& record : records) bytes += MakeRecord(record.type, record.fragment, record.version);
+    return bytes;
 }
 
 std::vector<int> RecordTypes(std::string_view bytes) {

@@ -20,8 +20,11 @@ struct WireRecord {
 // The bytes of a record. The fragment has at most 65,535 bytes.
 ByteString MakeRecord(uint8_t type, std::string_view fragment, uint16_t version = 0x0301);
 
-// The records that bytes consist of. Bytes that are no whole record are a test failure.
+// The records that bytes consist of. Bytes that end within a record throw std::invalid_argument.
 std::vector<WireRecord> CutRecords(std::string_view bytes);
+
+// The bytes of records, one behind the other.
+ByteString JoinRecords(const std::vector<WireRecord>& records);
 
 // The types of the records that bytes consist of.
 std::vector<int> RecordTypes(std::string_view bytes);

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/support/live_memory.h"
+#include "tests/support/counted_memory.h"
 #include "tests/support/tls_records.h"
 #include "tls/tls_connection.h"
 
@@ -13,24 +13,22 @@ constexpr size_t kAllowedBytes = 500000;
 
 // How far the memory that is held rises while a connection takes this piece again and again.
 size_t Rise(TlsConnection& connection, const ByteString& piece) {
-    ResetPeakBytes();
-    const size_t before = LiveBytes();
-    for (int count = 0; count < kPieces; ++count) {
-        connection.Feed(piece);
-        connection.Send({});
-    }
-    return PeakBytes() - before;
+    return PeakBytes([&] {
+        for (int count = 0; count < kPieces; ++count) {
+            connection.Feed(piece);
+            connection.Send({});
+        }
+    });
 }
 
-TEST(LiveMemory, CountsWhatIsHeldNowAndTheMostThatWas) {
-    const size_t before = LiveBytes();
-    ResetPeakBytes();
-    {
+TEST(CountedMemory, CountsWhatIsHeldNowAndTheMostThatWas) {
+    const size_t before = UsedBytes();
+    const size_t peak = PeakBytes([&] {
         const ByteString bytes(kPieceBytes, 'x');
-        EXPECT_GE(LiveBytes(), before + kPieceBytes);
-    }
-    EXPECT_EQ(LiveBytes(), before);
-    EXPECT_GE(PeakBytes(), before + kPieceBytes);
+        EXPECT_GE(UsedBytes(), before + kPieceBytes);
+    });
+    EXPECT_EQ(UsedBytes(), before);
+    EXPECT_GE(peak, kPieceBytes);
 }
 
 TEST(MemoryGrowth, StopsOnceAnAlertOfOursHasEndedTheConnection) {
@@ -38,7 +36,6 @@ TEST(MemoryGrowth, StopsOnceAnAlertOfOursHasEndedTheConnection) {
     connection.Feed(MakeRecord(22, ByteString("\x01\x00\x00\x00", 4)) + "\x16\x03\x01");
     ASSERT_TRUE(connection.Failed());
     connection.Send({});
-    ResetPeakBytes();
     EXPECT_EQ(Rise(connection, ByteString(kPieceBytes, 'x')), 0U);
     EXPECT_EQ(Rise(connection, MakeRecord(23, ByteString(kPieceBytes, 'x'))), 0U);
 }
@@ -62,10 +59,10 @@ TEST(MemoryGrowth, DoesNotComeFromHandshakeMessagesThatAreIgnored) {
 
 TEST(MemoryGrowth, GivesBackWhatALongHandshakeMessageTook) {
     TlsConnection connection;
-    const size_t before = LiveBytes();
+    const size_t before = UsedBytes();
     connection.Feed(MakeRecord(22, "\x63\xFF\xFF\xFF"));
     for (int count = 0; count < 1024; ++count) connection.Feed(MakeRecord(22, ByteString(16384, 'x')));
-    EXPECT_LT(LiveBytes() - before, kAllowedBytes);
+    EXPECT_LT(UsedBytes() - before, kAllowedBytes);
 }
 
 }  // namespace
