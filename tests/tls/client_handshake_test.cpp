@@ -340,6 +340,19 @@ TEST_F(ClientHandshakeTest, IsCompleteWithTheServersFinishedAndNotBefore) {
     ExpectDataBothWays();
 }
 
+TEST_F(ClientHandshakeTest, HoldsDataBackUntilTheFirstSendAfterTheServersFinished) {
+    Start();
+    EXPECT_EQ(client.Send("one "), "");
+    client.Feed(Flight());
+    const std::vector<SeenRecord> flight = TakeFlight(client.Send("two "));
+    EXPECT_EQ(flight.size(), 3U);
+    client.Feed(peer.SendChangeCipherSpec());
+    EXPECT_EQ(client.Send("three "), "");
+    client.Feed(peer.SendFinished());
+    EXPECT_EQ(peer.Receive(client.Send("four")), (std::vector<SeenRecord>{{23, 0x0301, "one two three four"}}));
+    EXPECT_EQ(client.Send({}), "");
+}
+
 TEST_F(ClientHandshakeTest, RefusesToExchangeKeysWithoutACertificate) {
     Start();
     const ByteString hello = peer.SendServerHello();

@@ -239,7 +239,7 @@ TEST_F(DamageTest, OfAnyByteInEitherStreamMakesNobodyHandOutWhatWasNotSent) {
 TEST_F(DamageTest, OfAnyByteInEitherStreamOfAResumedHandshakeMakesNobodyHandOutWhatWasNotSent) {
     const TlsPair pair = ResumingPair();
     for (const bool fromClient : {true, false}) {
-        for (const unsigned flip : kFlips) {
+        for (const unsigned flip : {0x01U, 0xFFU}) {
             const auto damageAt = [=](size_t position) { return FlipAt(position, flip); };
             EXPECT_GT(DamageStream(pair, fromClient, damageAt), 200U);
         }
