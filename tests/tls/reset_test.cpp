@@ -100,6 +100,15 @@ TEST_F(TlsReset, ForgetsThatRecordsWereProtected) {
     EXPECT_EQ(pair.server.Send("held back"), "");
 }
 
+// A Finished completes the handshake, right or wrong; data would now leave without protection if a cipher were left.
+TEST_F(TlsReset, ForgetsTheCipherSoThatDataStaysHeldBackUntilThereIsANewOne) {
+    ASSERT_TRUE(ConnectsAgain());
+    pair.client.Reset();
+    pair.client.Feed(MakeRecord(22, ByteString("\x14\x00\x00\x00", 4)));
+    ASSERT_TRUE(pair.client.HandshakeComplete());
+    for (const int type : RecordTypes(pair.client.Send("held back"))) EXPECT_NE(type, 23);
+}
+
 TEST_F(TlsReset, ForgetsWhatItsOwnerHasSet) {
     pair.client.SetLogPrefix("CSTA: ");
     pair.client.SetExpectedDomain("pbx.velmora.example");
