@@ -107,7 +107,7 @@ ByteString StepText(const CheckStep& step) {
     const bool timed = step.state != StepState::kSkipped;
     ByteString text = "  " + Padded(timed ? TimeText(step.tookMs) : "", kTimeWidth + 3) + "  ";
     text += Padded(step.name, kNameWidth) + Printable(step.sentence) + "\n";
-    for (const ByteString& note : step.notes) text += kNoteIndent + "  " + Printable(note) + "\n";
+    for (const ByteString& note : step.notes) text += kNoteIndent + Printable(note) + "\n";
     return text;
 }
 

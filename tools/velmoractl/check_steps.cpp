@@ -182,18 +182,19 @@ CheckStep ConnectionStep(const CheckFacts& facts, int error) {
         case 0:
             return Ok("Connected to " + peer + ".");
         case kRefused:
-            return Failed(ExitCode::kNoConnection, "Nothing listens at " + peer + ": the connection was refused.",
+            return Failed(ExitCode::kNoConnection,
+                          "The connection to " + peer + ", was refused: nothing listens there.",
                           "Is the PBX running, and is this its port for CSTA? velmoractl config get port");
         case kTimedOut:
-            return Failed(ExitCode::kNoConnection, "There is no answer from " + peer + ".",
+            return Failed(ExitCode::kNoConnection, "The PBX at " + peer + ", does not answer.",
                           "Is the PBX running, and does every firewall on the way let this port through?");
         case kNetworkUnreachable:
         case kHostUnreachable:
-            return Failed(ExitCode::kNoConnection, "There is no way from this PC to " + peer + ".",
+            return Failed(ExitCode::kNoConnection, "The network has no way from this PC to " + peer + ".",
                           "Is this PC in the right network, and does it need a VPN to get there?");
         default:
             return Failed(ExitCode::kNoConnection,
-                          "No connection to " + peer + ": Windows gives error " + DecimalText(error) + ".",
+                          "The connection to " + peer + ", failed: Windows gives error " + DecimalText(error) + ".",
                           "Look the number up among Microsoft's Windows Sockets error codes.");
     }
 }

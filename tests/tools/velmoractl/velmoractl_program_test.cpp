@@ -7,56 +7,13 @@
 
 #include <algorithm>
 #include <optional>
-#include <vector>
 
 #include "config/registry.h"
-#include "tests/support/child_process.h"
-#include "tests/support/registry_scope.h"
+#include "tests/tools/velmoractl/velmoractl_test.h"
 #include "tools/velmoractl/setting_rules.h"
 
 namespace velmora::ctl {
 namespace {
-
-constexpr char kPassword[] = "se-cret";
-
-using Lines = std::vector<ByteString>;
-
-// A program that has run to its end.
-struct Ended {
-    Lines lines;  // what it printed
-    std::optional<DWORD> exitCode;
-
-    ByteString LastLine() const { return lines.empty() ? ByteString() : lines.back(); }
-
-    bool Printed(const ByteString& text) const {
-        return std::ranges::any_of(lines, [&](const ByteString& line) { return line.find(text) != ByteString::npos; });
-    }
-};
-
-Ended ToEnd(ChildProcess& program) {
-    Ended ended;
-    while (const std::optional<ByteString> line = program.ReadLine()) ended.lines.push_back(*line);
-    ended.exitCode = program.ExitCode();
-    return ended;
-}
-
-Ended RunCtl(const ByteString& arguments, const ByteString& input = {}) {
-    ChildProcess program("velmoractl.exe", arguments, input);
-    return ToEnd(program);
-}
-
-// A running PBX on a free port.
-class RunningPbx {
-public:
-    explicit RunningPbx(const ByteString& arguments) : program("pbxsim.exe", "--port 0 --once " + arguments) {
-        const ByteString start = "pbxsim: listening on 127.0.0.1:";
-        const ByteString announcement = program.ReadLineWith(start);
-        if (announcement.size() > start.size()) port = announcement.substr(start.size());
-    }
-
-    ChildProcess program;
-    ByteString port = "0";
-};
 
 // The stored text of a setting; none when it is not stored.
 std::optional<ByteString> Stored(const ByteString& name) {
@@ -95,36 +52,13 @@ private:
     }
 };
 
-class VelmoractlTest : public testing::Test {
+class DialTest : public VelmoractlTest {
 protected:
-    // The settings of a user whose PBX listens on a port.
-    void StoreSettings(const ByteString& port) {
-        registry.Set("username", "40");
-        registry.Set("password", kPassword);
-        registry.Set("domain", "example.com");
-        registry.Set("address", "127.0.0.1");
-        registry.Set("port", port);
-        registry.Set("encrypt", encrypt);
-        registry.Set("guid", "00000000-0000-4000-8000-000000000000");
-    }
-
     // Dials 4930 with the given arguments over a PBX that knows the user, and is started with more arguments.
     Ended DialOver(const ByteString& pbxArguments, const ByteString& dialArguments) {
-        RunningPbx pbx("--user 40 --domain example.com --password " + ByteString(kPassword) + " " + pbxArguments);
-        StoreSettings(pbx.port);
-        Ended ended = RunCtl("dial 4930 " + dialArguments);
-        pbxLines = ToEnd(pbx.program).lines;
-        return ended;
+        return RunOver(pbxArguments, "dial 4930 " + dialArguments);
     }
-
-    bool PbxPrinted(const ByteString& text) const { return Ended{pbxLines, {}}.Printed(text); }
-
-    RegistryScope registry;
-    ByteString encrypt = "0";  // to be stored with the settings
-    Lines pbxLines;
 };
-
-class DialTest : public VelmoractlTest {};
 class CapsTest : public VelmoractlTest {};
 class ConfigTest : public VelmoractlTest {};
 class ConfigureTest : public VelmoractlTest {};
@@ -186,7 +120,7 @@ TEST_F(DialTest, HoldsTheCallForTheTimeAskedFor) {
 TEST_F(DialTest, NeverShowsThePassword) {
     const Ended ended = DialOver("", "--hold 0 --xml");
     EXPECT_TRUE(ended.Printed("<tns:password>***</tns:password>"));
-    EXPECT_FALSE(ended.Printed(kPassword));
+    EXPECT_FALSE(ended.Printed(kUserPassword));
 }
 
 TEST_F(DialTest, ShowsMessagesInFullWhenAsked) {
@@ -476,26 +410,26 @@ TEST_F(ConfigTest, GoesBackToTheDefaultWithoutAValue) {
 }
 
 TEST_F(ConfigTest, ReadsThePasswordFromTheInputAndNeverShowsIt) {
-    const Ended set = RunCtl("config set password", ByteString(kPassword) + "\r\nmore\r\n");
+    const Ended set = RunCtl("config set password", ByteString(kUserPassword) + "\r\nmore\r\n");
     EXPECT_EQ(set.exitCode, 0U);
     EXPECT_EQ(set.lines, (Lines{"password = ***"}));
-    EXPECT_EQ(Stored("password"), kPassword);
+    EXPECT_EQ(Stored("password"), kUserPassword);
     EXPECT_EQ(RunCtl("config get password").lines, (Lines{"***"}));
-    EXPECT_FALSE(RunCtl("config get").Printed(kPassword));
-    EXPECT_EQ(RunCtl("config get password --show-password").lines, (Lines{kPassword}));
+    EXPECT_FALSE(RunCtl("config get").Printed(kUserPassword));
+    EXPECT_EQ(RunCtl("config get password --show-password").lines, (Lines{kUserPassword}));
 }
 
 TEST_F(ConfigTest, NeverShowsAPasswordGivenOnTheCommandLine) {
-    const Ended set = RunCtl("config set password " + ByteString(kPassword));
+    const Ended set = RunCtl("config set password " + ByteString(kUserPassword));
     EXPECT_EQ(set.exitCode, 0U);
-    EXPECT_FALSE(set.Printed(kPassword));
-    EXPECT_EQ(Stored("password"), kPassword);
+    EXPECT_FALSE(set.Printed(kUserPassword));
+    EXPECT_EQ(Stored("password"), kUserPassword);
 }
 
 TEST_F(ConfigTest, ChangesNoPasswordWhenNoneIsGiven) {
     StoreSettings("443");
     EXPECT_EQ(RunCtl("config set password").exitCode, 2U);
-    EXPECT_EQ(Stored("password"), kPassword);
+    EXPECT_EQ(Stored("password"), kUserPassword);
 }
 
 TEST_F(ConfigTest, WarnsOfATextThatTheDialogWouldCut) {
@@ -560,7 +494,7 @@ TEST(Velmoractl, PrintsItsVersion) {
 }
 
 TEST(Velmoractl, HelpsWithEveryCommand) {
-    for (const char* command : {"dial", "caps", "config"}) {
+    for (const char* command : {"dial", "check", "caps", "config"}) {
         const Ended ended = RunCtl(ByteString(command) + " --help");
         EXPECT_EQ(ended.exitCode, 0U);
         ASSERT_FALSE(ended.lines.empty());
