@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/memory_registry.h"
+#include "tests/support/tls_identity.h"
+#include "tests/support/tls_pair.h"
 
 namespace velmora::ctl {
 namespace {
@@ -121,6 +123,23 @@ TEST_F(CheckStepsTest, EncryptionIsSkippedWhenItIsOff) {
     const CheckStep step = EncryptionStep(facts, tls, WaitEnd::kAnswered, "");
     EXPECT_EQ(step.state, StepState::kSkipped);
     EXPECT_EQ(step.sentence, "Off: everything, the password too, travels in the clear.");
+}
+
+TEST_F(CheckStepsTest, EncryptionTellsWhatItIsWorth) {
+    facts.encrypted = true;
+    const auto step = [&](const ByteString& identity) {
+        UseTlsIdentity(identity);
+        TlsPair pair;
+        pair.Handshake();
+        return EncryptionStep(facts, pair.client, WaitEnd::kAnswered, "");
+    };
+    const ByteString unauthenticated = "The PBX is not authenticated: the provider accepts any certificate.";
+    ExpectOk(
+        step("rsa2048"),
+        "TLS 1.0 with TLS_RSA_WITH_AES_128_CBC_SHA; certificate \"pbx.velmora.example\", its RSA key has 2048 bits.");
+    EXPECT_EQ(step("rsa2048").notes, (std::vector<ByteString>{unauthenticated}));
+    EXPECT_EQ(step("rsa1024").notes,
+              (std::vector<ByteString>{unauthenticated, "A key of less than 2048 bits is weak."}));
 }
 
 TEST_F(CheckStepsTest, EncryptionTellsWhatCameInstead) {
