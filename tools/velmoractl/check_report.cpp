@@ -60,10 +60,12 @@ ByteString StepJson(const CheckStep& step) {
 
 ByteString FactsJson(const CheckFacts& facts) {
     JsonObject json;
-    json.AddText("address", facts.address)
-        .Add("port", JsonNumber(facts.port))
-        .AddText("device", facts.device)
-        .Add("encrypted", JsonFlag(facts.encrypted));
+    if (facts.port > 0) {
+        json.AddText("address", facts.address)
+            .Add("port", JsonNumber(facts.port))
+            .AddText("device", facts.device)
+            .Add("encrypted", JsonFlag(facts.encrypted));
+    }
     if (!facts.endpoints.empty()) json.Add("endpoints", JsonStrings(facts.endpoints));
     if (facts.tls) {
         json.AddText("tlsVersion", facts.tls->version)

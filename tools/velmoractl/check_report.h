@@ -35,8 +35,8 @@ struct TlsFacts {
 
 struct CheckFacts {
     ByteString address;  // of the PBX, as set
-    int32_t port = 0;
-    ByteString device;  // the user's: "40@example.com"
+    int32_t port = 0;    // 0 while the settings are not loaded
+    ByteString device;   // the user's: "40@example.com"
     bool encrypted = false;
     uint32_t timeoutSeconds = 0;        // that each answer was waited for
     ByteString number;                  // to call, as dialled; empty: none

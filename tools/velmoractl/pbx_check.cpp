@@ -65,6 +65,8 @@ PbxCheck::PbxCheck(const ByteString& digits, uint32_t timeoutSeconds, ShowStep s
 }
 
 const CheckReport& PbxCheck::Run() {
+    // There is no other thread to wait for it.
+    const CriticalSectionGuard guard(connection.lock);
     connection.StartWinsock();
     Try("settings", [this] { return CheckSettings(); });
     Try("address", [this] { return ResolveAddress(); });
@@ -174,7 +176,6 @@ WaitEnd PbxCheck::WaitUntil(const std::function<bool()>& done, Patience patience
 }
 
 void PbxCheck::TakeReceived() {
-    const CriticalSectionGuard guard(connection.lock);
     if (firstReceived.size() < kKeptFirstBytes) firstReceived += connection.Received();
     connection.TakeReceived();
     while (const std::optional<Frame> frame = connection.NextFrame()) TakeMessage(frame->invokeId, frame->xml);

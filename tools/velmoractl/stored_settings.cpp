@@ -7,7 +7,7 @@ namespace velmora::ctl {
 StoredSetting ReadStoredSetting(const SettingRule& rule) {
     const RegistryValue value = ReadRegistryValue(ByteString(rule.name));
     if (value.status != RegistryStatus::kDone) return {};
-    return {true, value.bytes.substr(0, value.bytes.find('\0'))};
+    return {true, value.multiString ? value.bytes : value.bytes.substr(0, value.bytes.find('\0'))};
 }
 
 ByteString EffectiveText(const SettingRule& rule) {

@@ -11,7 +11,7 @@ namespace velmora::ctl {
 
 struct StoredSetting {
     bool present = false;
-    ByteString text;  // up to the first NUL, as the provider reads it; empty when it is not present
+    ByteString text;  // as ReadSetting gives it to the provider; empty when it is not present
 };
 
 StoredSetting ReadStoredSetting(const SettingRule& rule);

@@ -93,6 +93,11 @@ TEST_F(CheckJsonTest, LeavesOutWhatIsNotKnown) {
         (Json{{"address", "pbx.example.com"}, {"port", 443}, {"device", "40@example.com"}, {"encrypted", false}}));
 }
 
+TEST_F(CheckJsonTest, HoldsNoFactsWithoutSettings) {
+    report.facts = {};
+    EXPECT_EQ(Read()["facts"], Json::object());
+}
+
 TEST_F(CheckJsonTest, IsOneLine) {
     report.facts.device = "4\r\n0";
     report.steps = {Step("a\nb", StepState::kOk)};

@@ -70,6 +70,12 @@ TEST_F(CheckStepsTest, SettingsNameWhatIsWrongAndHowToMendIt) {
               "velmoractl config set guid xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx");
 }
 
+TEST_F(CheckStepsTest, SettingsTakeAListOfTextsAsTheProviderDoes) {
+    memoryRegistry.values["port"] = {RegistryStatus::kDone, true, ByteString("\0\0", 2)};
+    ExpectFailed(SettingsStep(), ExitCode::kBadSettings,
+                 "port \"??\" is no number. The provider does not load with it.");
+}
+
 TEST_F(CheckStepsTest, SettingsNoteWhatIsHardlyWanted) {
     Store("domain", "");
     memoryRegistry.values.erase("password");
