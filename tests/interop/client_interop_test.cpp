@@ -277,7 +277,7 @@ TEST_P(ClientInterop, DoesAFullHandshakeWithAServerThatNeverKnewTheSession) {
 
 TEST_P(ClientInterop, LeavesARequestToRenegotiateOutOfTheHandshakesProof) {
     TlsDialogue dialogue = With(ServerOptions());
-    const ByteString request = MakeRecord(static_cast<uint8_t>(RecordType::kHandshake), ByteString(4, '\0'));
+    const ByteString request = RecordBytes({RecordType::kHandshake, kTls10, ByteString(4, '\0')});
     dialogue.onWayToUs = [&](const ByteString& bytes) {
         // A server's first flight, and nothing behind it.
         return CutRecords(bytes).size() > 2 ? request + bytes : bytes;

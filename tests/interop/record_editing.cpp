@@ -7,20 +7,12 @@
 
 namespace velmora::interop {
 
-namespace {
-
-bool Is(const WireRecord& record, RecordType type) {
-    return record.type == static_cast<uint8_t>(type);
-}
-
-}  // namespace
-
 ByteString WithHandshakeInOneRecord(const ByteString& bytes) {
     std::vector<WireRecord> joined;
     bool isProtected = false;
     for (const WireRecord& record : CutRecords(bytes)) {
-        isProtected |= Is(record, RecordType::kChangeCipherSpec);
-        if (!isProtected && Is(record, RecordType::kHandshake) && !joined.empty() &&
+        isProtected |= record.type == RecordType::kChangeCipherSpec;
+        if (!isProtected && record.type == RecordType::kHandshake && !joined.empty() &&
             joined.back().fragment.size() + record.fragment.size() <= kFragmentMaxBytes) {
             joined.back().fragment += record.fragment;
         } else {
@@ -34,8 +26,8 @@ ByteString WithHandshakeInPieces(const ByteString& bytes, size_t pieceBytes) {
     std::vector<WireRecord> pieces;
     bool isProtected = false;
     for (const WireRecord& record : CutRecords(bytes)) {
-        isProtected |= Is(record, RecordType::kChangeCipherSpec);
-        if (isProtected || !Is(record, RecordType::kHandshake)) {
+        isProtected |= record.type == RecordType::kChangeCipherSpec;
+        if (isProtected || record.type != RecordType::kHandshake) {
             pieces.push_back(record);
             continue;
         }
@@ -48,7 +40,7 @@ ByteString WithHandshakeInPieces(const ByteString& bytes, size_t pieceBytes) {
 
 ByteString WithLastByteChanged(const ByteString& bytes, RecordType type) {
     std::vector<WireRecord> records = CutRecords(bytes);
-    const auto first = std::ranges::find_if(records, [&](const WireRecord& record) { return Is(record, type); });
+    const auto first = std::ranges::find(records, type, &WireRecord::type);
     if (first != records.end()) first->fragment.back() = static_cast<char>(first->fragment.back() ^ 1);
     return JoinRecords(records);
 }

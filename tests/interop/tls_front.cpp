@@ -63,9 +63,7 @@ private:
         if (options.tamperRecord == 0) return bytes;
         std::vector<WireRecord> records = CutRecords(bytes);
         for (WireRecord& record : records) {
-            if (record.type != static_cast<uint8_t>(RecordType::kApplicationData) ||
-                ++dataRecords != options.tamperRecord)
-                continue;
+            if (record.type != RecordType::kApplicationData || ++dataRecords != options.tamperRecord) continue;
             record.fragment.back() = static_cast<char>(record.fragment.back() ^ 1);
             std::printf("connection %d: record %d tampered with\n", number, dataRecords);
         }

@@ -95,11 +95,7 @@ PbxPeer::PbxPeer(const std::string& address) {
 }
 
 PbxPeer::~PbxPeer() {
-    {
-        const Locked locked(lock);
-        stopping = true;
-    }
-    thread.reset();
+    StopServing();
     for (const Connection& connection : connections) {
         if (connection.socket != INVALID_SOCKET) closesocket(connection.socket);
     }
@@ -191,6 +187,14 @@ void PbxPeer::StopListening() {
     listener = INVALID_SOCKET;
 }
 
+void PbxPeer::StopServing() {
+    {
+        const Locked locked(lock);
+        stopping = true;
+    }
+    thread.reset();
+}
+
 void PbxPeer::StopReading() {
     const Locked locked(lock);
     reading = false;
@@ -258,26 +262,32 @@ void PbxPeer::Accept() {
 }
 
 void PbxPeer::Read(size_t index) {
-    std::vector<char> chunk(65536);
-    std::vector<ReceivedFrame> whole;
+    std::string bytes(65536, '\0');
     {
         const Locked locked(lock);
         Connection& connection = connections[index];
-        const int count = recv(connection.socket, chunk.data(), static_cast<int>(chunk.size()), 0);
+        const int count = recv(connection.socket, bytes.data(), static_cast<int>(bytes.size()), 0);
+        WakeAllConditionVariable(&changed);
         if (count <= 0) {
             closesocket(connection.socket);
             connection.socket = INVALID_SOCKET;
             std::string().swap(connection.stream);
             connection.ended = true;
-        } else {
-            connection.stream.append(chunk.data(), static_cast<size_t>(count));
-            received.append(chunk.data(), static_cast<size_t>(count));
-            whole = CutFrames(connection, index);
-            frames.insert(frames.end(), whole.begin(), whole.end());
+            return;
         }
+        bytes.resize(static_cast<size_t>(count));
+        received += bytes;
+    }
+    // Without the lock: answers are sent from here, and from onFrame.
+    if (fromWire) bytes = fromWire(index, bytes);
+    std::vector<ReceivedFrame> whole;
+    {
+        const Locked locked(lock);
+        connections[index].stream += bytes;
+        whole = CutFrames(connections[index], index);
+        frames.insert(frames.end(), whole.begin(), whole.end());
         WakeAllConditionVariable(&changed);
     }
-    // Without the lock: the answer is sent from here.
     if (!onFrame) return;
     for (const ReceivedFrame& frame : whole) onFrame(frame);
 }

@@ -37,7 +37,7 @@ class PbxPeer {
 public:
     explicit PbxPeer(const std::string& address = "127.0.0.1");
 
-    // Ends its thread and closes every connection.
+    // Stops serving and closes every connection.
     ~PbxPeer();
 
     PbxPeer(const PbxPeer&) = delete;
@@ -49,6 +49,12 @@ public:
 
     // Called on the PBX's thread with each frame as soon as it is there. To be set before the provider starts.
     std::function<void(const ReceivedFrame&)> onFrame;
+
+    // What stands between the frames and the wire; nothing, unless they are set before the provider starts. The first
+    // turns what has come in on a connection into the next bytes of its stream of frames, on the PBX's thread; the
+    // second sends bytes of that stream on the latest connection.
+    std::function<std::string(size_t connection, const std::string& bytes)> fromWire;
+    std::function<bool(const std::string& stream)> toWire;
 
     // The frame at this position in order of arrival, over all connections. Fails the test when it does not come.
     ReceivedFrame WaitForFrame(size_t index);
@@ -73,9 +79,12 @@ public:
     // Forgets the frames and bytes that have come so far: positions and counts start from here.
     void Forget();
 
-    // Sends bytes in one call. False when they do not go out in time.
+    // Sends bytes in one call, as they are. False when they do not go out in time.
     bool Send(const std::string& bytes);
-    bool SendFrame(uint32_t invokeId, const std::string& xml) { return Send(FrameBytes(invokeId, xml)); }
+
+    // Sends bytes of the stream of frames, by toWire if there is one.
+    bool SendStream(const std::string& stream) { return toWire ? toWire(stream) : Send(stream); }
+    bool SendFrame(uint32_t invokeId, const std::string& xml) { return SendStream(FrameBytes(invokeId, xml)); }
 
     // Ends the latest connection: with a TCP reset, or in order.
     void Reset();
@@ -83,6 +92,9 @@ public:
 
     // Refuses further connections.
     void StopListening();
+
+    // Ends its thread: it takes in nothing more, and calls nobody.
+    void StopServing();
 
     // Leaves whatever comes in unread, so that the provider's sends get stuck once the buffers on the way are full.
     void StopReading();

@@ -118,7 +118,7 @@ std::vector<PeerRecord> TlsPeer::Read(const ByteString& bytes) {
     std::vector<PeerRecord> records;
     for (const WireRecord& wire : CutRecords(bytes)) {
         PeerRecord record;
-        record.type = wire.type;
+        record.type = static_cast<uint8_t>(wire.type);
         record.version = wire.version;
         record.content = wire.fragment;
         if (receiving != nullptr) {
@@ -128,10 +128,10 @@ std::vector<PeerRecord> TlsPeer::Read(const ByteString& bytes) {
             record.content = plaintext.substr(0, contentBytes);
             record.padding = plaintext.substr(plaintext.size() - paddingBytes);
             record.macRight =
-                receiving->NextMac(wire.type, record.content) == plaintext.substr(contentBytes, MacBytes());
+                receiving->NextMac(record.type, record.content) == plaintext.substr(contentBytes, MacBytes());
         }
         records.push_back(record);
-        if (wire.type == 20) receiving = std::move(nextReceiving);
+        if (wire.type == RecordType::kChangeCipherSpec) receiving = std::move(nextReceiving);
     }
     return records;
 }

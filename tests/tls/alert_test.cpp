@@ -34,7 +34,7 @@ protected:
 
 TEST_F(TlsAlert, OfClosureIsAnsweredAlikeAndOnlyOnce) {
     EXPECT_EQ(LinesOf(9, "0100"), Lines({"8 PBX: Received closure alert", "9 PBX: SendAlert(0100)"}));
-    EXPECT_EQ(CutRecords(pair.server.Send({})), Records({{21, 0x0301, fromHex("0100")}}));
+    EXPECT_EQ(CutRecords(pair.server.Send({})), Records({{RecordType::kAlert, 0x0301, fromHex("0100")}}));
     EXPECT_EQ(LinesOf(9, "0100"), Lines({"8 PBX: Received closure alert"}));
     EXPECT_EQ(pair.server.Send({}), "");
     EXPECT_FALSE(pair.server.Failed());
@@ -121,13 +121,13 @@ ByteString ClientHelloRecord(uint16_t version) {
 
 TEST_F(TlsAlert, IsSentInTheVersionOfTheConnectionAndInTls10BeforeThereIsOne) {
     pair.server.Feed(ClientHelloRecord(0x0300));
-    EXPECT_EQ(CutRecords(pair.server.Send({})), Records({{21, 0x0300, fromHex("0228")}}));
+    EXPECT_EQ(CutRecords(pair.server.Send({})), Records({{RecordType::kAlert, 0x0300, fromHex("0228")}}));
     EXPECT_EQ(pair.server.ProtocolVersion(), 0x0300);
 
     TlsPair another;
     EXPECT_EQ(another.server.ProtocolVersion(), 0);
     another.server.Feed(ClientHelloRecord(0x0200));
-    EXPECT_EQ(CutRecords(another.server.Send({})), Records({{21, 0x0301, fromHex("0246")}}));
+    EXPECT_EQ(CutRecords(another.server.Send({})), Records({{RecordType::kAlert, 0x0301, fromHex("0246")}}));
     EXPECT_EQ(another.server.ProtocolVersion(), 0x0301);
 }
 

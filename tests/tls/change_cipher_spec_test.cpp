@@ -35,7 +35,7 @@ TEST_F(ChangeCipherSpec, IsOneRecordWithTheByteOne) {
     pair.client.Feed(pair.server.Send({}));
     const Records fromClient = CutRecords(pair.client.Send({}));
     ASSERT_EQ(fromClient.size(), 3U);
-    EXPECT_EQ(fromClient[1], (WireRecord{20, 0x0301, "\x01"}));
+    EXPECT_EQ(fromClient[1], (WireRecord{RecordType::kChangeCipherSpec, 0x0301, "\x01"}));
 }
 
 TEST_F(ChangeCipherSpec, IsAnsweredAlikeEvenWhenItComesBeforeEverything) {
@@ -49,7 +49,7 @@ TEST_F(ChangeCipherSpec, IsAnsweredAlikeEvenWhenItComesBeforeEverything) {
                                                                                 "9 PBX: Client Write Key()",
                                                                                 "9 PBX: Server Write Key()",
                                                                             }));
-    EXPECT_EQ(CutRecords(pair.server.Send({})), Records({{20, 0x0301, "\x01"}}));
+    EXPECT_EQ(CutRecords(pair.server.Send({})), Records({{RecordType::kChangeCipherSpec, 0x0301, "\x01"}}));
     EXPECT_FALSE(pair.server.Failed());
     EXPECT_FALSE(pair.server.HandshakeComplete());
 }
@@ -65,7 +65,7 @@ TEST_F(ChangeCipherSpec, CountsWhateverItsBodyIs) {
     for (const ByteString& body : {ByteString(), ByteString("\x02"), ByteString(300, 'x')}) {
         TlsPair another;
         another.server.Feed(MakeRecord(20, body));
-        EXPECT_EQ(CutRecords(another.server.Send({})), Records({{20, 0x0301, "\x01"}}));
+        EXPECT_EQ(CutRecords(another.server.Send({})), Records({{RecordType::kChangeCipherSpec, 0x0301, "\x01"}}));
     }
 }
 
@@ -132,7 +132,8 @@ TEST_F(ChangeCipherSpec, LeavesRecordsInTheClearAndHoldsDataBackUnderASuiteThatI
     transcript.Append(hello + helloDone);
     client.Feed(MakeRecord(22, hello + helloDone));
     const ByteString clientFinished = HandshakeMessage(20, VerifyData(kTls10, "", Endpoint::kClient, transcript));
-    EXPECT_EQ(CutRecords(client.Send({})), Records({{20, 0x0301, "\x01"}, {22, 0x0301, clientFinished}}));
+    EXPECT_EQ(CutRecords(client.Send({})), Records({{RecordType::kChangeCipherSpec, 0x0301, "\x01"},
+                                                    {RecordType::kHandshake, 0x0301, clientFinished}}));
     EXPECT_EQ(client.Suite().number, 0x000A);
     EXPECT_FALSE(client.Suite().IsKnown());
 
@@ -145,7 +146,7 @@ TEST_F(ChangeCipherSpec, LeavesRecordsInTheClearAndHoldsDataBackUnderASuiteThatI
     EXPECT_EQ(client.Send("held back for ever"), "");
     EXPECT_EQ(client.Feed(MakeRecord(23, "in the clear")), "in the clear");
     client.Feed(MakeRecord(21, fromHex("0100")));
-    EXPECT_EQ(CutRecords(client.Send({})), Records({{21, 0x0301, fromHex("0100")}}));
+    EXPECT_EQ(CutRecords(client.Send({})), Records({{RecordType::kAlert, 0x0301, fromHex("0100")}}));
 }
 
 }  // namespace

@@ -80,7 +80,7 @@ TEST_F(RecordLayer, CutsDataIntoFragmentsOf16384Bytes) {
         const ByteString bytes = pair.client.Send(plaintext);
         std::vector<size_t> fragments;
         for (const WireRecord& record : CutRecords(bytes)) {
-            EXPECT_EQ(record.type, 23);
+            EXPECT_EQ(record.type, RecordType::kApplicationData);
             EXPECT_EQ(record.version, 0x0301);
             fragments.push_back(record.fragment.size());
         }
@@ -212,7 +212,7 @@ TEST_F(RecordLayer, TakesRecordsOfAnyLengthThatCanBeSaid) {
 // The version is bytes 1 and 2 of a record.
 ByteString WithVersions(const ByteString& bytes, uint16_t version) {
     ByteString changed;
-    for (const WireRecord& record : CutRecords(bytes)) changed += MakeRecord(record.type, record.fragment, version);
+    for (const WireRecord& record : CutRecords(bytes)) changed += RecordBytes({record.type, version, record.fragment});
     return changed;
 }
 
