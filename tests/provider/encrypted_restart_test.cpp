@@ -156,7 +156,8 @@ TEST_F(EncryptedRestartTest, FollowsTheSettingFromSessionToSession) {
         // Nothing of this session goes through TLS.
         PbxPeer plain;
         registry.Set("port", std::to_string(plain.Port()));
-        Init();
+        const LogTexts texts = Recorded([&] { Init(); });
+        EXPECT_FALSE(AnyStartsWith(texts, "CSTA: ")) << "a handshake that nobody asked for";
         EXPECT_NE(plain.WaitForFrame(0).xml.find("<StartApplicationSession "), std::string::npos);
         Stop();
         registry.Set("port", std::to_string(pbx.Port()));
