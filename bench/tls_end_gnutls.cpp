@@ -153,7 +153,7 @@ public:
     std::unique_ptr<TlsEnd> NewEnd() override { return std::make_unique<GnuTlsEnd>(shared); }
 
 private:
-    void UseIdentity(TlsIdentity identity) {
+    void UseIdentity(TlsIdentity identity) const {
         const gnutls_datum_t certificate = DatumOf(identity.certificate);
         const gnutls_datum_t key = DatumOf(identity.privateKey);
         Require(gnutls_certificate_set_x509_key_mem(shared.credentials, &certificate, &key, GNUTLS_X509_FMT_DER) >= 0,

@@ -13,7 +13,7 @@ namespace velmora {
 namespace {
 
 constexpr size_t kReceivedMaxBytes = kFragmentMaxBytes + 2048;
-constexpr uint64_t kUntilSessionsResumeMs = 3600 * 1000;
+constexpr uint64_t kUntilSessionsResumeMs = 3'600'000;
 
 class OurEnd : public TlsEnd {
 public:
