@@ -1,0 +1,111 @@
+#include "packaging/setup_actions/setup_actions.h"
+
+#include <vector>
+
+#include "config/registry.h"
+#include "config/text_numbers.h"
+#include "packaging/setup_actions/given_properties.h"
+#include "packaging/setup_actions/installer_session.h"
+#include "packaging/setup_actions/program_run.h"
+#include "packaging/setup_actions/setting_list.h"
+#include "tools/velmoractl/setting_rules.h"
+
+namespace velmora::setup {
+namespace {
+
+constexpr char kActionData[] = "CustomActionData";
+
+// What the registry holds now, for a roll-back.
+SettingChange CurrentSetting(const ByteString& name) {
+    const RegistryValue value = ReadRegistryValue(name);
+    if (value.status != RegistryStatus::kDone) return {name, {}};
+    return {name, value.bytes.substr(0, value.bytes.find('\0'))};
+}
+
+bool DeleteSetting(const ByteString& name) {
+    const LSTATUS result = RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kRegistryPath, name.c_str());
+    return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
+}
+
+bool Apply(const SettingChange& change) {
+    if (!change.value) return DeleteSetting(change.name);
+    return WriteRegistryValue(change.name, *change.value) == RegistryStatus::kDone;
+}
+
+// The last line that a program has printed.
+ByteString LastLine(const ByteString& output) {
+    const size_t end = output.find_last_not_of("\r\n ");
+    if (end == ByteString::npos) return "it printed nothing";
+    const size_t before = output.find_last_of('\n', end);
+    const size_t start = before == ByteString::npos ? 0 : before + 1;
+    return output.substr(start, end + 1 - start);
+}
+
+// Runs velmoractl, whose path is the action's data.
+bool RunVelmoractl(MSIHANDLE installation, const ByteString& arguments) {
+    const ByteString path = ReadProperty(installation, kActionData);
+    const ProgramRun run = RunProgram(path, arguments);
+    const ByteString command = "\"" + path + "\" " + arguments;
+    if (!run.started) {
+        LogLine(installation, command + " has not started: error " + DecimalText(run.exitCode) + " of Windows");
+        return false;
+    }
+    LogLine(installation, command + " ended with exit code " + DecimalText(run.exitCode) + ": " + LastLine(run.output));
+    return run.exitCode == 0;
+}
+
+}  // namespace
+}  // namespace velmora::setup
+
+using namespace velmora;
+using namespace velmora::setup;
+
+UINT __stdcall PlanSettings(MSIHANDLE installation) {
+    std::vector<SettingChange> wanted;
+    std::vector<SettingChange> replaced;
+    for (const GivenProperty& given : ReadGivenProperties(installation)) {
+        const ctl::CheckedSetting checked = ctl::CheckSetting(*ctl::FindSettingRule(given.setting), given.value);
+        if (!checked.error.empty()) {
+            // An error may quote the value; no rule refuses a password for anything that would be quoted.
+            ShowError(installation, "The property " + given.property + " is wrong: " + checked.error);
+            return ERROR_INSTALL_FAILURE;
+        }
+        wanted.push_back({given.setting, checked.stored});
+        replaced.push_back(CurrentSetting(given.setting));
+        LogLine(installation, given.property + " is given and will be stored.");
+    }
+    WriteProperty(installation, "StoreSettings", EncodeChanges(wanted));
+    WriteProperty(installation, "RestoreSettings", EncodeChanges(replaced));
+    return ERROR_SUCCESS;
+}
+
+UINT __stdcall StoreSettings(MSIHANDLE installation) {
+    for (const SettingChange& change : DecodeChanges(ReadProperty(installation, kActionData))) {
+        if (Apply(change)) continue;
+        ShowError(installation,
+                  "The setting " + change.name + " cannot be written to HKEY_LOCAL_MACHINE\\" + kRegistryPath + ".");
+        return ERROR_INSTALL_FAILURE;
+    }
+    return ERROR_SUCCESS;
+}
+
+UINT __stdcall RemoveSettings(MSIHANDLE installation) {
+    const LSTATUS result = RegDeleteTreeA(HKEY_LOCAL_MACHINE, kRegistryPath);
+    // The key above goes too if nobody else keeps anything there.
+    RegDeleteKeyA(HKEY_LOCAL_MACHINE, R"(SOFTWARE\velmora)");
+    LogLine(installation, result == ERROR_SUCCESS ? "The settings are removed." : "There are no settings to remove.");
+    return ERROR_SUCCESS;
+}
+
+UINT __stdcall RegisterProvider(MSIHANDLE installation) {
+    if (RunVelmoractl(installation, "install --quiet")) return ERROR_SUCCESS;
+    ShowError(installation,
+              "The provider cannot be registered with the telephony service; the installation is undone. "
+              "The installer's log says why (msiexec /l*v FILE).");
+    return ERROR_INSTALL_FAILURE;
+}
+
+UINT __stdcall UnregisterProvider(MSIHANDLE installation) {
+    if (!RunVelmoractl(installation, "remove --quiet")) LogLine(installation, "The provider may still be registered.");
+    return ERROR_SUCCESS;
+}
