@@ -74,6 +74,7 @@ UINT __stdcall PlanSettings(MSIHANDLE installation) {
         replaced.push_back(CurrentSetting(given.setting));
         LogLine(installation, given.property + " is given and will be stored.");
     }
+    WriteProperty(installation, "PASSWORD", "");
     WriteProperty(installation, "StoreSettings", EncodeChanges(wanted));
     WriteProperty(installation, "RestoreSettings", EncodeChanges(replaced));
     return ERROR_SUCCESS;

@@ -10,7 +10,7 @@
 extern "C" {
 
 // Immediate. Checks the settings given as properties, and hands them to StoreSettings, and what they replace to
-// RestoreSettings.
+// RestoreSettings. The property PASSWORD is empty afterwards.
 UINT __stdcall PlanSettings(MSIHANDLE installation);
 
 // Deferred, and as RestoreSettings for the roll-back: makes the changes that PlanSettings has planned.
