@@ -1,5 +1,7 @@
 #include "packaging/setup_actions/setup_actions.h"
 
+#include <algorithm>
+#include <string_view>
 #include <vector>
 
 #include "config/registry.h"
@@ -32,25 +34,25 @@ bool Apply(const SettingChange& change) {
     return WriteRegistryValue(change.name, *change.value) == RegistryStatus::kDone;
 }
 
-// The last line that a program has printed.
-ByteString LastLine(const ByteString& output) {
-    const size_t end = output.find_last_not_of("\r\n ");
-    if (end == ByteString::npos) return "it printed nothing";
-    const size_t before = output.find_last_of('\n', end);
-    const size_t start = before == ByteString::npos ? 0 : before + 1;
-    return output.substr(start, end + 1 - start);
+void LogLines(MSIHANDLE installation, std::string_view text) {
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        if (!line.empty()) LogLine(installation, ByteString(line));
+    }
 }
 
-// Runs velmoractl, whose path is the action's data.
+// Runs velmoractl, whose path is the action's data. What it prints goes to the log.
 bool RunVelmoractl(MSIHANDLE installation, const ByteString& arguments) {
     const ByteString path = ReadProperty(installation, kActionData);
-    const ProgramRun run = RunProgram(path, arguments);
     const ByteString command = "\"" + path + "\" " + arguments;
+    const ProgramRun run = RunProgram(path, arguments);
     if (!run.started) {
-        LogLine(installation, command + " has not started: error " + DecimalText(run.exitCode) + " of Windows");
+        LogLine(installation, command + " has not started: error " + DecimalText(run.exitCode) + " of Windows.");
         return false;
     }
-    LogLine(installation, command + " ended with exit code " + DecimalText(run.exitCode) + ": " + LastLine(run.output));
+    LogLines(installation, run.output);
+    LogLine(installation, command + " has ended with exit code " + DecimalText(run.exitCode) + ".");
     return run.exitCode == 0;
 }
 

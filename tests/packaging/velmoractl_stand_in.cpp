@@ -22,8 +22,8 @@ std::string ProviderState() {
 std::string StoredAddress() {
     char text[256];
     DWORD length = sizeof text;
-    const LSTATUS result = RegGetValueA(HKEY_LOCAL_MACHINE, R"(SOFTWARE\velmora\tapi)", "address", RRF_RT_REG_SZ,
-                                        nullptr, text, &length);
+    const LSTATUS result =
+        RegGetValueA(HKEY_LOCAL_MACHINE, R"(SOFTWARE\velmora\tapi)", "address", RRF_RT_REG_SZ, nullptr, text, &length);
     return result == ERROR_SUCCESS ? text : "missing";
 }
 
