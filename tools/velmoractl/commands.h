@@ -22,6 +22,9 @@ extern const Command kCheckCommand;
 extern const Command kCapsCommand;
 extern const Command kConfigCommand;
 extern const Command kConfigureCommand;
+extern const Command kInstallCommand;
+extern const Command kRemoveCommand;
+extern const Command kStatusCommand;
 
 // Says what is wrong with the command line, and where help is to be found.
 ExitCode UsageError(std::string_view command, std::string_view problem);

@@ -8,7 +8,8 @@
 namespace velmora::ctl {
 namespace {
 
-const Command* const kCommands[] = {&kDialCommand, &kCheckCommand, &kCapsCommand, &kConfigCommand, &kConfigureCommand};
+const Command* const kCommands[] = {&kDialCommand,      &kCheckCommand,   &kCapsCommand,   &kConfigCommand,
+                                    &kConfigureCommand, &kInstallCommand, &kRemoveCommand, &kStatusCommand};
 
 constexpr size_t kNameWidth = 10;
 

@@ -1,34 +1,10 @@
 #include "tools/velmoractl/provider_host.h"
 
 #include "config/text_numbers.h"
+#include "tools/velmoractl/file_places.h"
 
 namespace velmora::ctl {
 namespace {
-
-constexpr char kFileName[] = "velmora.tsp";
-
-ByteString FolderOfThisProgram() {
-    char path[MAX_PATH];
-    const DWORD length = GetModuleFileNameA(nullptr, path, MAX_PATH);
-    const ByteString program(path, length);
-    return program.substr(0, program.find_last_of("\\/") + 1);
-}
-
-ByteString SystemFolder() {
-    char path[MAX_PATH];
-    const UINT length = GetSystemDirectoryA(path, MAX_PATH);
-    return ByteString(path, length) + "\\";
-}
-
-ByteString FullPath(const ByteString& path) {
-    char full[MAX_PATH];
-    const DWORD length = GetFullPathNameA(path.c_str(), MAX_PATH, full, nullptr);
-    return length > 0 && length < MAX_PATH ? ByteString(full, length) : path;
-}
-
-bool FileExists(const ByteString& path) {
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
 
 ByteString LoadErrorText(DWORD error) {
     switch (error) {
@@ -77,8 +53,8 @@ ByteString ProviderHost::Load(const ByteString& path) {
 }
 
 ByteString DefaultProviderPath() {
-    const ByteString beside = FolderOfThisProgram() + kFileName;
-    return FileExists(beside) ? beside : SystemFolder() + kFileName;
+    const ByteString beside = FolderOfThisProgram() + kProviderFileName;
+    return FileExists(beside) ? beside : SystemFolder() + kProviderFileName;
 }
 
 }  // namespace velmora::ctl

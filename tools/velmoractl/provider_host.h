@@ -10,6 +10,8 @@
 
 namespace velmora::ctl {
 
+inline constexpr char kProviderFileName[] = "velmora.tsp";
+
 // The provider's library and the entry points that a call needs. Each is called as Microsoft's pages on the Telephony
 // Service Provider Interface say.
 struct ProviderHost {

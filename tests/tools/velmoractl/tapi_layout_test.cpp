@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "tools/velmoractl/capability_report.h"
+#include "tools/velmoractl/tapi_error.h"
 #include "tools/velmoractl/tapi_flags.h"
 
 namespace velmora::ctl {
@@ -51,6 +52,23 @@ TEST(FlagNames, AreThoseOfTheHeader) {
     EXPECT_NAMED(kCallFeatures, LINECALLFEATURE_GENERATEDIGITS);
     EXPECT_NAMED(kCallFeatures, LINECALLFEATURE_SETCALLDATA);
     EXPECT_NAMED(kAddrFeatures, LINEADDRFEATURE_FORWARDDND);
+}
+
+// One error under the name and number that the header gives it.
+#define EXPECT_ERROR_NAMED(error) EXPECT_TRUE(TapiErrorText(error).starts_with(#error " (" + HexText(error, 8) + "): "))
+
+TEST(TapiErrorText, HasTheNamesOfTheHeader) {
+    EXPECT_ERROR_NAMED(LINEERR_INIFILECORRUPT);
+    EXPECT_ERROR_NAMED(LINEERR_INVALPARAM);
+    EXPECT_ERROR_NAMED(LINEERR_INVALPOINTER);
+    EXPECT_ERROR_NAMED(LINEERR_NODRIVER);
+    EXPECT_ERROR_NAMED(LINEERR_NOMEM);
+    EXPECT_ERROR_NAMED(LINEERR_OPERATIONFAILED);
+    EXPECT_ERROR_NAMED(LINEERR_OPERATIONUNAVAIL);
+    EXPECT_ERROR_NAMED(LINEERR_RESOURCEUNAVAIL);
+    EXPECT_ERROR_NAMED(LINEERR_NOMULTIPLEINSTANCE);
+    EXPECT_ERROR_NAMED(LINEERR_USERCANCELLED);
+    EXPECT_ERROR_NAMED(LINEERR_SERVICE_NOT_RUNNING);
 }
 
 TEST(FlagNames, ListEveryFlagFromTheLowest) {
