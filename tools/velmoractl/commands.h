@@ -25,6 +25,7 @@ extern const Command kConfigureCommand;
 extern const Command kInstallCommand;
 extern const Command kRemoveCommand;
 extern const Command kStatusCommand;
+extern const Command kLogCommand;
 
 // Says what is wrong with the command line, and where help is to be found.
 ExitCode UsageError(std::string_view command, std::string_view problem);

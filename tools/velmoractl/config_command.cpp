@@ -1,10 +1,10 @@
 #include <optional>
 
-#include "config/registry.h"
 #include "tools/velmoractl/commands.h"
 #include "tools/velmoractl/console.h"
 #include "tools/velmoractl/plain_text.h"
 #include "tools/velmoractl/setting_rules.h"
+#include "tools/velmoractl/setting_writer.h"
 #include "tools/velmoractl/stored_settings.h"
 
 namespace velmora::ctl {
@@ -43,11 +43,6 @@ be written.
 
 constexpr size_t kNameWidth = 15;
 constexpr size_t kValueWidth = 24;
-
-ByteString ShownText(const SettingRule& rule, const ByteString& text, bool showPassword) {
-    const bool hidden = rule.kind == SettingKind::kPassword && !showPassword && !text.empty();
-    return hidden ? "***" : Printable(text);
-}
 
 void PrintSetting(const SettingRule& rule, bool showPassword) {
     const ByteString stored = ReadStoredSetting(rule).text;
@@ -99,24 +94,6 @@ std::optional<ByteString> AskForPassword() {
     return password;
 }
 
-ExitCode Store(const SettingRule& rule, const CheckedSetting& checked) {
-    const ByteString name(rule.name);
-    const bool written = WriteRegistryValue(name, checked.stored) == RegistryStatus::kDone;
-    if (!written || ReadStoredSetting(rule).text != checked.stored) {
-        PrintErrorLine("velmoractl: " + name + " cannot be written to HKEY_LOCAL_MACHINE\\" + kRegistryPath +
-                       ". Run velmoractl as administrator.");
-        return ExitCode::kRegistry;
-    }
-    if (EffectiveText(rule).empty()) {
-        Print(name + " is empty now\n");
-    } else {
-        const ByteString remark = checked.stored.empty() ? "  (default)" : "";
-        Print(name + " = " + ShownText(rule, EffectiveText(rule), false) + remark + "\n");
-    }
-    if (!checked.warning.empty()) PrintErrorLine("Mind: " + checked.warning);
-    return ExitCode::kDone;
-}
-
 ExitCode Set(const Arguments& arguments) {
     if (arguments.words.size() < 2) return UsageError("config", "Which NAME is to be set?");
     if (arguments.words.size() > 3) {
@@ -137,7 +114,7 @@ ExitCode Set(const Arguments& arguments) {
         PrintErrorLine("velmoractl: " + checked.error + " Nothing is changed.");
         return ExitCode::kBadSettings;
     }
-    return Store(*rule, checked);
+    return StoreSetting(*rule, checked);
 }
 
 ExitCode Run(const Arguments& arguments) {

@@ -12,7 +12,6 @@ constexpr char kParentPath[] = R"(SOFTWARE\velmora)";
 constexpr char kTurnName[] = R"(Global\velmoractl-log-override)";
 constexpr DWORD kTurnMs = 60000;  // a start of the provider takes at most some 20 s, the time-out of a connection
 
-constexpr char kLogLevel[] = "5";            // every entry point and every CSTA message
 constexpr char kLogLength[] = "2147483647";  // the highest that the provider reads
 
 // The override to restore when the console ends the process.
@@ -27,17 +26,18 @@ bool KeyExists(const char* path) {
 
 }  // namespace
 
-LogOverride::LogOverride(const ByteString& logfile) : turn(CreateMutexA(nullptr, FALSE, kTurnName)) {
-    if (turn != nullptr) WaitForSingleObject(turn, kTurnMs);
+LogOverride::LogOverride(const ByteString& logfile, const ByteString& loglevel)
+    : turn(CreateMutexA(nullptr, FALSE, kTurnName)) {
+    const bool alone = turn != nullptr && WaitForSingleObject(turn, kTurnMs) != WAIT_TIMEOUT;
     if (!OpenKey()) return;
     for (const char* name : {"logfile", "loglevel", "loglength"}) Remember(name);
     // Left behind by a process that could not restore it: what was there before is not known.
-    if (IsLogTapPath(former.front().bytes)) {
+    if (alone && IsLogTapPath(former.front().bytes)) {
         for (Former& value : former) value.present = false;
     }
     active = true;
     activeOverride = this;
-    if (!Store("logfile", logfile) || !Store("loglevel", kLogLevel) || !Store("loglength", kLogLength)) RestoreActive();
+    if (!Store("logfile", logfile) || !Store("loglevel", loglevel) || !Store("loglength", kLogLength)) RestoreActive();
 }
 
 LogOverride::~LogOverride() {

@@ -11,12 +11,13 @@ namespace velmora::ctl {
 // Switches the trace log on for one start of the provider: stores the registry values logfile, loglevel and loglength,
 // which the provider reads once in TSPI_providerInit, and restores the former ones, or their absence, at the end.
 //
-// Only one process at a time does this; another waits for its turn. The former values are also restored when the
-// process is ended from its console. After an end that nothing can catch, logfile names a pipe that is gone: the next
-// override finds that and removes the three values, and the defaults (no log) apply.
+// Only one process at a time does this; another waits for its turn, a minute at most. The former values are also
+// restored when the process is ended from its console. After an end that nothing can catch, logfile names a pipe that
+// is gone: the next override finds that and removes the three values, and the defaults (no log) apply.
 class LogOverride {
 public:
-    explicit LogOverride(const ByteString& logfile);
+    // Records above the level are not written; 5 takes in every entry point and every CSTA message.
+    explicit LogOverride(const ByteString& logfile, const ByteString& loglevel = "5");
     ~LogOverride();
     LogOverride(const LogOverride&) = delete;
     LogOverride& operator=(const LogOverride&) = delete;

@@ -27,9 +27,17 @@ public:
     // provider waits, so this is to be called often.
     ByteString Read();
 
+    // Whether a provider has written here and is gone, and with it the pipe's other end.
+    bool WriterLeft() const;
+
+    // Lets the next provider in, at the same path.
+    void Reopen();
+
 private:
+    void Create();
+
     ByteString path;
-    HANDLE pipe;
+    HANDLE pipe = INVALID_HANDLE_VALUE;
 };
 
 // Whether a log path is that of a tap, of this process or of another.

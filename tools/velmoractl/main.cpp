@@ -8,8 +8,9 @@
 namespace velmora::ctl {
 namespace {
 
-const Command* const kCommands[] = {&kDialCommand,      &kCheckCommand,   &kCapsCommand,   &kConfigCommand,
-                                    &kConfigureCommand, &kInstallCommand, &kRemoveCommand, &kStatusCommand};
+const Command* const kCommands[] = {&kDialCommand,   &kCheckCommand,     &kCapsCommand,
+                                    &kConfigCommand, &kConfigureCommand, &kInstallCommand,
+                                    &kRemoveCommand, &kStatusCommand,    &kLogCommand};
 
 constexpr size_t kNameWidth = 10;
 

@@ -1,28 +1,20 @@
 #include "tools/velmoractl/pbx_exchange.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "tools/velmoractl/csta_summary.h"
+#include "tools/velmoractl/request_names.h"
 
 namespace velmora::ctl {
 
-// The messages of each request. A request that has no refusal of its own is refused by a CSTAErrorCode.
 struct PbxExchange::Name {
-    std::string_view request;
-    std::string_view granted;
-    std::string_view refused;
+    const RequestNames& names;
     PbxRequest PbxExchange::*member;
 };
 
 const PbxExchange::Name PbxExchange::kNames[] = {
-    {"StartApplicationSession", "StartApplicationSessionPosResponse", "StartApplicationSessionNegResponse",
-     &PbxExchange::login},
-    {"ResetApplicationSessionTimer", "ResetApplicationSessionTimerPosResponse",
-     "ResetApplicationSessionTimerNegResponse", &PbxExchange::reset},
-    {"MonitorStart", "MonitorStartResponse", "", &PbxExchange::monitor},
-    {"MakeCall", "MakeCallResponse", "", &PbxExchange::call},
-    {"ClearConnection", "ClearConnectionResponse", "", &PbxExchange::clear},
+    {kLoginNames, &PbxExchange::login}, {kResetNames, &PbxExchange::reset}, {kMonitorNames, &PbxExchange::monitor},
+    {kCallNames, &PbxExchange::call},   {kClearNames, &PbxExchange::clear},
 };
 
 void PbxExchange::Observe(bool sent, const XmlNode& message) {
@@ -35,7 +27,7 @@ void PbxExchange::Observe(bool sent, const XmlNode& message) {
 
 void PbxExchange::ObserveSent(const XmlNode& message) {
     for (const Name& name : kNames) {
-        if (message.localName != name.request) continue;
+        if (message.localName != name.names.request) continue;
         PbxRequest& request = this->*name.member;
         Settle(request);
         request = {PbxRequest::State::kSent, {}};
@@ -49,10 +41,10 @@ void PbxExchange::ObserveReceived(const XmlNode& message) {
     for (const Name& name : kNames) {
         PbxRequest& request = this->*name.member;
         if (request.state != PbxRequest::State::kSent) continue;
-        if (message.localName == name.granted) return Grant(request, message);
-        if (message.localName == name.refused) return Refuse(request, message);
+        if (message.localName == name.names.granted) return Grant(request, message);
+        if (message.localName == name.names.refused) return Refuse(request, message);
     }
-    if (message.localName == "CSTAErrorCode" && !waiting.empty()) Refuse(*waiting.front(), message);
+    if (message.localName == kCstaError && !waiting.empty()) Refuse(*waiting.front(), message);
 }
 
 void PbxExchange::Grant(PbxRequest& request, const XmlNode& message) {
