@@ -2,12 +2,15 @@
 // process then, over pbxsim.exe. That Windows refuses to open the log of a running service is brought about by a file
 // that is open in the same way: Wine does not refuse it.
 
+#include <sddl.h>
+
 #include <cstdio>
 #include <memory>
 
 #include "config/registry.h"
 #include "tests/support/log_reader.h"
 #include "tests/support/provider_host.h"
+#include "tests/support/read_only_key.h"
 #include "tests/tools/velmoractl/velmoractl_test.h"
 
 namespace velmora::ctl {
@@ -210,6 +213,16 @@ TEST_F(LogOffTest, MakesTheSettingsOfTheLogEmpty) {
     EXPECT_EQ(Stored("loglength"), "");
 }
 
+TEST_F(LogTest, AsksForTheRightsOfAnAdministrator) {
+    StoreSettings("443");
+    const ReadOnlyKey readOnly;
+    for (const char* arguments : {"log on velmora.log", "log off", "log --follow"}) {
+        const Ended ended = RunCtl(arguments);
+        EXPECT_EQ(ended.exitCode, 10U) << arguments;
+        EXPECT_TRUE(ended.LastLine().ends_with("Run velmoractl as administrator.")) << ended.LastLine();
+    }
+}
+
 TEST_F(LogTest, RefusesAWrongCommandLine) {
     for (const char* arguments :
          {"log nosuch", "log off x", "log show a b", "log --level x", "log --level -1", "log --level 2147483648",
@@ -323,6 +336,23 @@ TEST_F(LogFollowTest, GoesOnWithTheNextStartOfTheProvider) {
     EXPECT_EQ(program->ReadLine(), "0:00:00.000  5  second run");
     EXPECT_EQ(Interrupt().exitCode, 0U);
     std::fclose(second);
+}
+
+TEST_F(LogFollowTest, LetsTheAccountOfTheServiceWrite) {
+    Start();
+    const HANDLE pipe = CreateFileA(Stored("logfile").c_str(), GENERIC_WRITE | READ_CONTROL, 0, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    BYTE descriptor[1024];
+    DWORD needed = 0;
+    EXPECT_TRUE(GetKernelObjectSecurity(pipe, DACL_SECURITY_INFORMATION, descriptor, sizeof(descriptor), &needed));
+    CloseHandle(pipe);
+    char* text = nullptr;
+    ConvertSecurityDescriptorToStringSecurityDescriptorA(descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text,
+                                                         nullptr);
+    // FILE_GENERIC_WRITE and FILE_READ_ATTRIBUTES, which CreateFile asks for with GENERIC_WRITE.
+    EXPECT_NE(ByteString(text).find("(A;;0x120196;;;NS)"), ByteString::npos) << text;
+    LocalFree(text);
+    EXPECT_EQ(Interrupt().exitCode, 0U);
 }
 
 TEST_F(LogFollowTest, KeepsARecordThatComesInPieces) {

@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <sddl.h>
-
 #include <algorithm>
 #include <optional>
 
 #include "config/registry.h"
+#include "tests/support/read_only_key.h"
 #include "tests/tools/velmoractl/velmoractl_test.h"
 #include "tools/velmoractl/setting_rules.h"
 
@@ -28,29 +27,6 @@ DWORD StoredType(const char* name) {
     RegGetValueA(HKEY_LOCAL_MACHINE, kRegistryPath, name, RRF_RT_ANY | RRF_NOEXPAND, &type, nullptr, nullptr);
     return type;
 }
-
-// The provider's key as a user without administrator rights finds it: there to be read. Open for writing again at the
-// end.
-class ReadOnlyKey {
-public:
-    ReadOnlyKey() { Allow("D:P(A;;KRWD;;;WD)"); }
-    ~ReadOnlyKey() { Allow("D:P(A;;KA;;;WD)"); }
-    ReadOnlyKey(const ReadOnlyKey&) = delete;
-    ReadOnlyKey& operator=(const ReadOnlyKey&) = delete;
-
-private:
-    static void Allow(const char* accessList) {
-        HKEY key = nullptr;
-        const bool opened =
-            RegOpenKeyExA(HKEY_LOCAL_MACHINE, kRegistryPath, 0, READ_CONTROL | WRITE_DAC, &key) == ERROR_SUCCESS;
-        PSECURITY_DESCRIPTOR descriptor = nullptr;
-        ConvertStringSecurityDescriptorToSecurityDescriptorA(accessList, SDDL_REVISION_1, &descriptor, nullptr);
-        const bool done = opened && RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, descriptor) == ERROR_SUCCESS;
-        EXPECT_TRUE(done);
-        LocalFree(descriptor);
-        RegCloseKey(key);
-    }
-};
 
 class DialTest : public VelmoractlTest {
 protected:
