@@ -17,6 +17,15 @@ namespace {
 
 constexpr char kActionData[] = "CustomActionData";
 
+// Not if somebody has closed the key to ordinary users: an immediate action has no more rights than the user has
+// without elevation. A key that is missing counts as one that can be read.
+bool CanReadSettings() {
+    HKEY key = nullptr;
+    const LSTATUS result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, kRegistryPath, 0, KEY_QUERY_VALUE, &key);
+    if (result == ERROR_SUCCESS) RegCloseKey(key);
+    return result != ERROR_ACCESS_DENIED;
+}
+
 // What the registry holds now, for a roll-back.
 SettingChange CurrentSetting(const ByteString& name) {
     const RegistryValue value = ReadRegistryValue(name);
@@ -75,6 +84,11 @@ UINT __stdcall PlanSettings(MSIHANDLE installation) {
         wanted.push_back({given.setting, checked.stored});
         replaced.push_back(CurrentSetting(given.setting));
         LogLine(installation, given.property + " is given and will be stored.");
+    }
+    if (!CanReadSettings()) {
+        // Else a roll-back would delete what it takes for missing.
+        LogLine(installation, "The settings cannot be read; a roll-back will leave those that are given.");
+        replaced.clear();
     }
     WriteProperty(installation, "PASSWORD", "");
     WriteProperty(installation, "StoreSettings", EncodeChanges(wanted));
