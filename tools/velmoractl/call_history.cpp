@@ -42,8 +42,8 @@ void CallHistory::ObserveSent(const XmlNode& message, uint64_t atMs) {
 }
 
 std::optional<size_t> CallHistory::CallOf(const XmlNode& clearing) const {
-    const ByteString callId = clearing.textAt("connectionToBeCleared/callID");
-    const ByteString deviceId = clearing.textAt("connectionToBeCleared/deviceID");
+    const ByteString& callId = clearing.textAt("connectionToBeCleared/callID");
+    const ByteString& deviceId = clearing.textAt("connectionToBeCleared/deviceID");
     // The last one: a PBX may give an ID anew when its call is over.
     for (size_t index = calls.size(); index > 0; --index) {
         const LoggedCall& call = calls[index - 1];

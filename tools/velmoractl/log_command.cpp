@@ -34,9 +34,11 @@ not in the log itself.
             log while the telephony service runs that writes it: stop it first, or follow
   --follow  shows the log while it is written, from the next start of the telephony
             service until Ctrl+C; nothing goes to the disk, and the settings are then as
-            they were. Needs an administrator. velmoractl dial waits for its end
+            they were. Needs an administrator. Meanwhile velmoractl dial and caps have to
+            wait, and so has the provider when the output of this is held up
   on        stores logfile, loglevel and loglength. Without FILE it is trace.log in the
-            folder Velmora of ProgramData, which only administrators can read
+            folder Velmora of ProgramData, which only administrators can read. A FILE
+            has to be where the service's account (NETWORK SERVICE) may write
   off       makes logfile, loglevel and loglength empty: the defaults apply, no log
 
   --level N   show, --follow: records up to this level only; on: what is to be written.
@@ -141,11 +143,19 @@ ExitCode StoreAll(std::span<const WantedSetting> wanted) {
     return ExitCode::kDone;
 }
 
+void WarnOfMissingFolder(const ByteString& path) {
+    const ByteString folder = path.substr(0, path.find_last_of('\\') + 1);
+    if (!folder.empty() && !FileExists(folder)) {
+        PrintErrorLine("Mind: the folder " + Printable(folder) + " is not there, and the provider makes none.");
+    }
+}
+
 ExitCode TurnOn(const ByteString& path, uint32_t level, uint32_t length) {
     const WantedSetting wanted[] = {
         {"logfile", path}, {"loglevel", DecimalText(level)}, {"loglength", DecimalText(length)}};
     const ExitCode code = StoreAll(wanted);
     if (code == ExitCode::kDone) {
+        WarnOfMissingFolder(path);
         PrintErrorLine("Mind: the log holds the user's password. Delete it when it has served its purpose.");
     }
     return code;

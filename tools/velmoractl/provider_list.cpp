@@ -29,6 +29,7 @@ std::vector<uint32_t> ProviderIds(const ProviderKey& key, std::string_view fileN
         if (number && *number < count->second && id != key.numbers.end()) idByIndex[*number] = id->second;
     }
     std::vector<uint32_t> ids;
+    ids.reserve(idByIndex.size());
     for (const auto& [index, id] : idByIndex) ids.push_back(id);
     return ids;
 }

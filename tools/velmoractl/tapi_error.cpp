@@ -30,7 +30,7 @@ const TapiError kErrors[] = {
 }  // namespace
 
 ByteString TapiErrorText(uint32_t code) {
-    const ByteString number = HexText(code, 8);
+    ByteString number = HexText(code, 8);
     for (const TapiError& error : kErrors) {
         if (error.code == code) return ByteString(error.name) + " (" + number + "): " + ByteString(error.meaning);
     }

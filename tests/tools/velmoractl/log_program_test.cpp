@@ -193,6 +193,13 @@ TEST_F(LogOnTest, MakesAFolderWhenNoFileIsNamed) {
     RemoveDirectoryA(folder.c_str());
 }
 
+TEST_F(LogOnTest, WarnsOfAFolderThatIsNotThere) {
+    const Ended ended = RunCtl(R"(log on C:\nosuch\velmora.log)");
+    EXPECT_EQ(ended.exitCode, 0U);
+    EXPECT_TRUE(ended.Printed(R"(Mind: the folder C:\nosuch\ is not there, and the provider makes none.)"));
+    EXPECT_FALSE(RunCtl("log on " + path).Printed("Mind: the folder"));
+}
+
 TEST_F(LogOnTest, LogsWhatTheProviderThenDoes) {
     EXPECT_EQ(RunCtl("log on " + path).exitCode, 0U);
     registry.Set("address", "127.0.0.1");
