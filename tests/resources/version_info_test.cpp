@@ -14,8 +14,8 @@ namespace {
 // The version of the file, read as Windows' own properties page does.
 class FileVersion {
 public:
-    FileVersion() {
-        const std::string path = PathBesideProgram("velmora.tsp");
+    explicit FileVersion(const char* fileName) {
+        const std::string path = PathBesideProgram(fileName);
         bytes.resize(GetFileVersionInfoSizeA(path.c_str(), nullptr));
         EXPECT_TRUE(GetFileVersionInfoA(path.c_str(), 0, static_cast<DWORD>(bytes.size()), bytes.data()))
             << "error " << GetLastError();
@@ -57,7 +57,7 @@ constexpr DWORD kVersionHigh = 2 << 16 | 0;  // 2.0
 constexpr DWORD kVersionLow = 3 << 16 | 0;   // 3.0
 
 TEST(VersionInfo, NumbersTheFileAndTheProduct203) {
-    const VS_FIXEDFILEINFO fixed = FileVersion().Fixed();
+    const VS_FIXEDFILEINFO fixed = FileVersion("velmora.tsp").Fixed();
     EXPECT_EQ(fixed.dwSignature, 0xFEEF04BD);
     EXPECT_EQ(fixed.dwFileVersionMS, kVersionHigh);
     EXPECT_EQ(fixed.dwFileVersionLS, kVersionLow);
@@ -69,7 +69,7 @@ TEST(VersionInfo, NumbersTheFileAndTheProduct203) {
 }
 
 TEST(VersionInfo, NamesTheProductAndTheFile) {
-    const FileVersion version;
+    const FileVersion version("velmora.tsp");
     EXPECT_EQ(version.Text("ProductName"), "Velmora TAPI service provider");
     EXPECT_EQ(version.Text("FileDescription"), "Velmora TAPI service provider");
     EXPECT_EQ(version.Text("OriginalFilename"), "velmora.tsp");
@@ -77,6 +77,18 @@ TEST(VersionInfo, NamesTheProductAndTheFile) {
     EXPECT_EQ(version.Text("CompanyName"), "Velmora");
     EXPECT_EQ(version.Text("FileVersion"), "2.0.3");
     EXPECT_EQ(version.Text("ProductVersion"), "2.0.3");
+}
+
+TEST(VersionInfo, GivesTheToolsTheVersionOfTheProvider) {
+    for (const std::string name : {"velmoractl", "pbxsim"}) {
+        SCOPED_TRACE(name);
+        const FileVersion version((name + ".exe").c_str());
+        EXPECT_EQ(version.Fixed().dwFileVersionMS, kVersionHigh);
+        EXPECT_EQ(version.Fixed().dwFileVersionLS, kVersionLow);
+        EXPECT_EQ(version.Fixed().dwFileType, static_cast<DWORD>(VFT_APP));
+        EXPECT_EQ(version.Text("OriginalFilename"), name + ".exe");
+        EXPECT_EQ(version.Text("ProductVersion"), "2.0.3");
+    }
 }
 
 }  // namespace
