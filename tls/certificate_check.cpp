@@ -13,16 +13,20 @@ namespace {
 
 constexpr size_t kExponentMaxBytes = 4;
 
-// A block with the pre-master secret has three bytes more at least. Nobody has keys of more than 16,384 bits, with
-// which the exchange would take its time.
-constexpr size_t kModulusMinBytes = kPreMasterSecretBytes + 3;
+// Nobody has keys of more than 16,384 bits, with which the exchange would take its time, or chains of so many
+// certificates: a list of empty ones could take hundreds of megabytes.
 constexpr size_t kModulusMaxBytes = 2048;
+constexpr size_t kCertificatesMax = 100;
 
+// Ends one beyond the limit.
 std::vector<ByteString> ReadCertificateList(std::string_view body) {
     WireReader message(body);
     const ByteString list = message.Bytes(message.U24());
     std::vector<ByteString> certificates;
-    for (WireReader reader(list); !reader.Rest().empty();) certificates.push_back(reader.Bytes(reader.U24()));
+    WireReader reader(list);
+    while (!reader.Rest().empty() && certificates.size() <= kCertificatesMax) {
+        certificates.push_back(reader.Bytes(reader.U24()));
+    }
     return certificates;
 }
 
@@ -44,6 +48,7 @@ void TlsConnection::ProcessCertificate(std::string_view body) {
     std::vector<ByteString> certificates = ReadCertificateList(body);
     LogHandshakeText({"Received ", DecimalText(static_cast<int64_t>(certificates.size())), " certificates"});
     if (certificates.empty()) return SendAlert(Alert::kUnknownCa, AlertLevel::kFatal);
+    if (certificates.size() > kCertificatesMax) return SendAlert(Alert::kUnsupportedCertificate, AlertLevel::kFatal);
 
     CertificateChain certificate(std::move(certificates), verifyCertificates ? "" : kSkipVerification);
     if (!verifyCertificates) {

@@ -140,8 +140,8 @@ void TlsConnection::SendClientCertificate() {
 void TlsConnection::SendClientKeyExchange() {
     const ByteString& modulus = keyExchangeCertificate.modulus;
     const ByteString& exponent = keyExchangeCertificate.exponent;
-    // No certificate has come.
-    if (modulus.empty()) return SendAlert(Alert::kUnsupportedCertificate, AlertLevel::kFatal);
+    // No certificate has come, or the end was made a server by a ClientHello and its own key is too short.
+    if (modulus.size() < kModulusMinBytes) return SendAlert(Alert::kUnsupportedCertificate, AlertLevel::kFatal);
     LogHandshake("RSA N", modulus);
     LogHandshake("RSA E", exponent);
 

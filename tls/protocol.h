@@ -27,6 +27,7 @@ inline constexpr size_t kHandshakeHeaderBytes = 4;
 inline constexpr size_t kRandomBytes = 32;
 inline constexpr size_t kSessionIdBytes = 32;  // of those that we draw
 inline constexpr size_t kPreMasterSecretBytes = 48;
+inline constexpr size_t kModulusMinBytes = kPreMasterSecretBytes + 3;  // of a key that can encrypt that secret
 inline constexpr size_t kMasterSecretBytes = 48;
 inline constexpr uint8_t kNullCompression = 0;
 

@@ -15,6 +15,12 @@
 //   bytes 5-    the fragment
 
 namespace velmora {
+namespace {
+
+// What may wait for the end of a handshake. A peer that never ends it can still have its owner send something.
+constexpr size_t kPendingMaxBytes = 1048576;
+
+}  // namespace
 
 // Built anew in place: to move a new object in takes 10 KB of code.
 void TlsConnection::Reset() {
@@ -45,8 +51,13 @@ ByteString TlsConnection::Feed(std::string_view received) {
 // Nothing sends what is pending when the handshake completes: it waits for the next call. Keep. An owner calls after
 // each Feed.
 ByteString TlsConnection::Send(std::string_view plaintext) {
-    pendingPlaintext += plaintext;
-    if (handshakeComplete && cipherKind != CipherKind::kNone) {
+    const bool ready = handshakeComplete && cipherKind != CipherKind::kNone;
+    if (ready || pendingPlaintext.size() + plaintext.size() <= kPendingMaxBytes) {
+        pendingPlaintext += plaintext;
+    } else {
+        Log(1, {"Too much waits for the end of the handshake: dropped what was to be sent"});
+    }
+    if (ready) {
         WriteRecord(RecordType::kApplicationData, pendingPlaintext);
         pendingPlaintext.clear();
     }

@@ -17,6 +17,7 @@ namespace velmora {
 
 // One end of a TLS connection over byte buffers: bytes in, bytes out. No socket, no thread, no lock: the owner decides
 // which lock covers a call. A client speaks TLS 1.0, a server SSL 3.0 as well; the key exchange is RSA.
+// A client that gets a ClientHello answers it as a server would. Keep.
 //
 // The owner of a client sets the log prefix, the domain and verifyCertificates and calls StartClientHandshake; a server
 // waits for the peer's ClientHello. Either then gives Feed what comes from the socket, and writes to the socket what
@@ -52,7 +53,8 @@ public:
     ByteString Feed(std::string_view received);
 
     // Takes application data (often none) and returns the bytes to write to the socket now. Data given before the
-    // handshake is complete waits and leaves with the first Send after it.
+    // handshake is complete waits and leaves with the first Send after it; what would make more than 1 MiB wait is
+    // dropped, and the trace log says so.
     ByteString Send(std::string_view plaintext);
 
     // The peer's Finished has arrived. It may have been a wrong one: then Failed is true as well.
@@ -70,7 +72,8 @@ public:
     // The version that this end speaks; 0 before it is fixed.
     uint16_t ProtocolVersion() const { return protocolVersion; }
 
-    // The certificate for the key exchange: a client's is the peer's, a server's its own. Empty before it is known.
+    // The certificate for the key exchange: a client's is the peer's, a server's its own, until a
+    // client sends one. Empty before it is known.
     const CertificateChain& KeyExchangeCertificate() const { return keyExchangeCertificate; }
 
 private:

@@ -290,6 +290,14 @@ TEST_F(CertificateCheckTest, TakesModuliThatHoldTheSecretUpTo16384Bits) {
     EXPECT_EQ(AnswerToKey(ByteString(65000, '\xC3'), kExponent), "21:2,43");
 }
 
+TEST_F(CertificateCheckTest, TakesUpToAHundredCertificates) {
+    verify = false;
+    std::vector<ByteString> certificates(100, SignedDer(CertificateWithKey(kModulus, kExponent)));
+    EXPECT_EQ(AnswerTo(certificates), "");
+    certificates.push_back(certificates.front());
+    EXPECT_EQ(AnswerTo(certificates), "21:2,43");
+}
+
 TEST_F(CertificateCheckTest, LogsTheKeyBeforeItRefusesIt) {
     loglevel = 9;
     AnswerToKey(Octets({5, 6}), Octets({1, 2, 3, 4, 5}));

@@ -55,6 +55,21 @@ TEST_F(RecordLayer, HoldsApplicationDataBackUntilTheFirstSendAfterTheHandshakeIs
     EXPECT_EQ(pair.client.Send({}), "");
 }
 
+// A peer in the clear can have the owner of this end send again and again, and never end the handshake.
+TEST_F(RecordLayer, DropsWhatWouldMakeMoreThanAMebibyteWait) {
+    const ByteString half(524288, 'x');
+    const Lines log = Logged(9, [&] {
+        pair.client.Send(half);
+        pair.client.Send(half);
+        pair.client.Send("one more");
+    });
+    EXPECT_EQ(log, Lines({"1 CSTA: Too much waits for the end of the handshake: dropped what was to be sent"}));
+    pair.Handshake();
+    pair.Exchange();
+    EXPECT_EQ(pair.serverReceived, half + half);
+    EXPECT_EQ(pair.server.Feed(pair.client.Send(half + half + "x")), half + half + "x") << "nothing waits any more";
+}
+
 TEST_F(RecordLayer, ReleasesWhatWaitedWithASendOfNothing) {
     pair.client.Send("waiting");
     pair.Handshake();

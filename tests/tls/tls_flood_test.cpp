@@ -270,7 +270,7 @@ TEST_F(FloodTest, TheLongestListOfEmptyCertificatesIsRefusedInTime) {
     for (const bool verify : {false, true}) {
         TlsConnection client = StartedClient();
         client.verifyCertificates = verify;
-        EXPECT_LT(PeakOfMessage(client, 11, list), 600 * kMegabyte);
+        EXPECT_LT(PeakOfMessage(client, 11, list), 64 * kMegabyte);
         EXPECT_EQ(Outline(client.Send({})), "21:2,43");
     }
 }
