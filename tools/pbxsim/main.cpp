@@ -10,7 +10,7 @@ namespace {
 
 enum ExitCode { kFine = 0, kFailed = 1, kWrongUsage = 2 };
 
-HANDLE stop = nullptr;  // set once, by Ctrl-C, which Windows reports on a thread of its own
+HANDLE stop = nullptr;  // set once, by Ctrl+C, which Windows reports on a thread of its own
 
 BOOL WINAPI OnConsoleControl(DWORD control) {
     if (control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) return FALSE;

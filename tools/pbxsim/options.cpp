@@ -206,7 +206,7 @@ and the provider's settings for it:
   address 127.0.0.1, port 5050, encrypt 0
 The same with encryption: add --tls, and set encrypt to 1.
 
-Ctrl-C ends it. Exit code: 0 fine, 1 it could not start, 2 wrong command line.
+Ctrl+C ends it. Exit code: 0 fine, 1 it could not start, 2 wrong command line.
 )";
 }
 

@@ -24,8 +24,8 @@ ByteString StreamCheck::Follow(const ByteString& bytes) {
         }
         header += byte;
         if (firstFrame && header == kTlsHandshake) {
-            return "it speaks TLS, but this PBX plain CSTA: set the provider's encrypt to 0, or start this PBX with "
-                   "--tls";
+            return "it speaks TLS, but this PBX speaks plain CSTA: set the provider's encrypt to 0, or start this "
+                   "PBX with --tls";
         }
         if (header.size() < kLengthEnd) continue;
 

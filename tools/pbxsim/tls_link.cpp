@@ -36,8 +36,8 @@ ByteString SuiteText(const CipherSuite& suite) {
 ByteString StartFault(char first) {
     if (first == static_cast<char>(RecordType::kHandshake)) return {};
     if (first == kFrameStart) {
-        return "it speaks plain CSTA, but this PBX TLS: set the provider's encrypt to 1, or start this PBX without "
-               "--tls";
+        return "it speaks plain CSTA, but this PBX speaks TLS: set the provider's encrypt to 1, or start this PBX "
+               "without --tls";
     }
     return "it does not speak TLS: its first byte is " + DecimalText(static_cast<uint8_t>(first)) +
            ", but that of a handshake is " + DecimalText(static_cast<uint8_t>(RecordType::kHandshake));

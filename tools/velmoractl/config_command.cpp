@@ -50,7 +50,7 @@ void PrintSetting(const SettingRule& rule, bool showPassword) {
     const SettingFault fault = FindSettingFault(rule, stored);
     ByteString remark;
     if (!fault.problem.empty()) {
-        remark = "WRONG: " + fault.problem;
+        remark = "WRONG: it " + fault.problem;
     } else if (stored.empty()) {
         remark = text.empty() ? "(not set)" : "(default)";
     }

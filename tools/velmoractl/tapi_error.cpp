@@ -19,7 +19,7 @@ const TapiError kErrors[] = {
     {0x80000035, "LINEERR_INVALPOINTER", "TAPI does not take a pointer"},
     {0x80000043, "LINEERR_NODRIVER", "the provider, or something that it needs, is not there"},
     {0x80000044, "LINEERR_NOMEM", "there is not enough memory"},
-    {0x80000048, "LINEERR_OPERATIONFAILED", "the telephony service could not do it; often it lacks the rights"},
+    {0x80000048, "LINEERR_OPERATIONFAILED", "the telephony service could not do it; often the user lacks the rights"},
     {0x80000049, "LINEERR_OPERATIONUNAVAIL", "the telephony service does not offer that"},
     {0x8000004B, "LINEERR_RESOURCEUNAVAIL", "the telephony service is short of something"},
     {0x80000056, "LINEERR_NOMULTIPLEINSTANCE", "the provider is added already"},

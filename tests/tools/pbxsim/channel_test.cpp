@@ -113,8 +113,8 @@ TEST_F(ChannelTest, HangsUpOnTlsWithoutEncryption) {
     EXPECT_EQ(Take(channel, client.Send({})), "");
     EXPECT_TRUE(hungUp);
     EXPECT_EQ(lines,
-              (Lines{"-- hanging up: it speaks TLS, but this PBX plain CSTA: set the provider's encrypt to 0, or "
-                     "start this PBX with --tls"}));
+              (Lines{"-- hanging up: it speaks TLS, but this PBX speaks plain CSTA: set the provider's encrypt to 0, "
+                     "or start this PBX with --tls"}));
 }
 
 TEST_F(ChannelTest, HangsUpOnABadFrameInsideTls) {

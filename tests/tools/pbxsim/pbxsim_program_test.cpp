@@ -370,7 +370,7 @@ TEST_F(PbxsimTest, HangsUpOnAPlainClientAndGoesOnWithTheOthers) {
     encrypted.Encrypt();
     EXPECT_TRUE(plain.SendBytes(EncodeFrame(1, Login())));
     EXPECT_TRUE(plain.HasEnded());
-    EXPECT_NE(pbx.program.ReadLineWith(" 1 -- hanging up: it speaks plain CSTA, but this PBX TLS"), "");
+    EXPECT_NE(pbx.program.ReadLineWith(" 1 -- hanging up: it speaks plain CSTA, but this PBX speaks TLS"), "");
     TakeThroughACall(encrypted);
 }
 

@@ -40,7 +40,8 @@ TEST(StreamCheck, FindsALengthShorterThanTheHeader) {
 
 TEST(StreamCheck, RecognisesTlsByItsFirstTwoBytes) {
     EXPECT_EQ(FollowInTwo("\x16\x03\x01", 1),
-              "it speaks TLS, but this PBX plain CSTA: set the provider's encrypt to 0, or start this PBX with --tls");
+              "it speaks TLS, but this PBX speaks plain CSTA: set the provider's encrypt to 0, or start this PBX with "
+              "--tls");
     EXPECT_EQ(FollowInTwo("\x16\x02\x01", 1), "");
     // Later, the first two bytes of a frame mean nothing.
     EXPECT_EQ(FollowInTwo(EncodeFrame(1, "<a/>") + "\x16\x03\x01", 1), "");

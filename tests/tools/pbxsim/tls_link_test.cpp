@@ -167,8 +167,8 @@ TEST_F(TlsLinkTest, TakesAHandshakeByteByByte) {
 TEST_F(TlsLinkTest, EndsAClientThatSpeaksPlainCsta) {
     ToLink(ByteString("\0", 1));
     EXPECT_EQ(link.EndReason(),
-              "it speaks plain CSTA, but this PBX TLS: set the provider's encrypt to 1, or start this PBX without "
-              "--tls");
+              "it speaks plain CSTA, but this PBX speaks TLS: set the provider's encrypt to 1, or start this PBX "
+              "without --tls");
     EXPECT_EQ(answered, "");
 }
 

@@ -170,14 +170,14 @@ TEST_F(DialTest, AdvisesToSwitchEncryptionOffWhenThePbxDoesNotSpeakTls) {
     const Ended ended = DialOver("", "--timeout 1");
     EXPECT_EQ(ended.exitCode, 6U);
     EXPECT_TRUE(ended.Printed("does the PBX speak TLS on this port? If not: velmoractl config set encrypt off"));
-    EXPECT_TRUE(PbxPrinted("-- hanging up: it speaks TLS, but this PBX plain CSTA"));
+    EXPECT_TRUE(PbxPrinted("-- hanging up: it speaks TLS, but this PBX speaks plain CSTA"));
 }
 
 TEST_F(DialTest, AdvisesToSwitchEncryptionOnWhenThePbxWantsTls) {
     const Ended ended = DialOver("--tls", "--timeout 1");
     EXPECT_EQ(ended.exitCode, 6U);
     EXPECT_TRUE(ended.Printed("does the PBX want TLS on this port? Then: velmoractl config set encrypt on"));
-    EXPECT_TRUE(PbxPrinted("-- hanging up: it speaks plain CSTA, but this PBX TLS"));
+    EXPECT_TRUE(PbxPrinted("-- hanging up: it speaks plain CSTA, but this PBX speaks TLS"));
 }
 
 TEST_F(DialTest, FailsWhenThePbxRefusesTheLogin) {
@@ -308,7 +308,7 @@ TEST_F(ConfigTest, ListsTheDefaultsWhenNothingIsStored) {
     const Ended ended = RunCtl("config get");
     EXPECT_EQ(ended.exitCode, 0U);
     ASSERT_EQ(ended.lines.size(), 11U);
-    EXPECT_EQ(ended.lines[0], "username                                 WRONG: is not set");
+    EXPECT_EQ(ended.lines[0], "username                                 WRONG: it is not set");
     EXPECT_EQ(ended.lines[1], "password                                 (not set)");
     EXPECT_EQ(ended.lines[4], "port           443                       (default)");
     EXPECT_EQ(ended.lines[8], "loglength      1000                      (default)");
@@ -321,7 +321,7 @@ TEST_F(ConfigTest, ListsWhatIsStoredAndWhatIsWrong) {
     ASSERT_EQ(ended.lines.size(), 11U);
     EXPECT_EQ(ended.lines[0], "username       40");
     EXPECT_EQ(ended.lines[1], "password       ***");
-    EXPECT_EQ(ended.lines[4], "port           abc                       WRONG: is no number");
+    EXPECT_EQ(ended.lines[4], "port           abc                       WRONG: it is no number");
     EXPECT_EQ(ended.lines[10], "guid           00000000-0000-4000-8000-000000000000");
 }
 
