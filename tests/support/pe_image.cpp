@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
@@ -37,6 +38,24 @@ bool PeImage::IsLibraryFor64Bit() const {
 
 uint16_t PeImage::DllCharacteristics() const {
     return Read<IMAGE_NT_HEADERS64>(HeaderOffset()).OptionalHeader.DllCharacteristics;
+}
+
+uint32_t PeImage::TimeStamp() const {
+    return Read<IMAGE_NT_HEADERS64>(HeaderOffset()).FileHeader.TimeDateStamp;
+}
+
+std::vector<PeImage::Section> PeImage::Sections() const {
+    const auto header = Read<IMAGE_NT_HEADERS64>(HeaderOffset());
+    std::vector<Section> sections;
+    for (size_t index = 0; index < header.FileHeader.NumberOfSections; ++index) {
+        const auto section =
+            Read<IMAGE_SECTION_HEADER>(HeaderOffset() + sizeof header + index * sizeof(IMAGE_SECTION_HEADER));
+        const auto* name = reinterpret_cast<const char*>(section.Name);
+        const size_t start = std::min<size_t>(section.PointerToRawData, bytes.size());
+        sections.push_back({std::string(name, strnlen(name, sizeof section.Name)), section.Characteristics,
+                            section.VirtualAddress, bytes.substr(start, section.SizeOfRawData)});
+    }
+    return sections;
 }
 
 bool PeImage::HasRelocations() const {

@@ -20,6 +20,18 @@ public:
     // The flags IMAGE_DLLCHARACTERISTICS_... of the optional header.
     uint16_t DllCharacteristics() const;
 
+    // When it says it was linked, in seconds since 1970; 0 for never.
+    uint32_t TimeStamp() const;
+
+    // A part of the file as it lies in memory.
+    struct Section {
+        std::string name;
+        uint32_t characteristics;  // IMAGE_SCN_...
+        uint32_t relativeAddress;
+        std::string bytes;  // without the zeros that only memory has
+    };
+    std::vector<Section> Sections() const;
+
     // It can be loaded at any address.
     bool HasRelocations() const;
 
