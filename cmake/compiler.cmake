@@ -28,3 +28,8 @@ if(VELMORA_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
 endif()
+
+if(VELMORA_COVERAGE)
+    add_compile_options(--coverage)
+    add_link_options(--coverage)
+endif()
