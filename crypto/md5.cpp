@@ -45,7 +45,7 @@ inline void stepI(uint32_t& a, uint32_t b, uint32_t c, uint32_t d, uint32_t adde
 // The 64 steps over one block. Each takes a word of the block and a sine.
 inline void fourRounds(uint32_t& a, uint32_t& b, uint32_t& c, uint32_t& d, const uint8_t* block) {
     const auto addend = [block](unsigned step, unsigned word) {
-        uint32_t value;
+        uint32_t value = 0;
         std::memcpy(&value, block + size_t{4} * (word % 16), sizeof value);
         return value + kSines[step];
     };

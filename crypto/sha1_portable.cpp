@@ -11,6 +11,7 @@ namespace {
 struct Schedule {
     uint32_t words[16];
 
+    // cppcheck-suppress uninitMemberVar; the loop gives each word its value by reference.
     explicit Schedule(const uint8_t* block) {
         for (uint32_t& word : words) {
             word = uint32_t{block[0]} << 24 | uint32_t{block[1]} << 16 | uint32_t{block[2]} << 8 | block[3];

@@ -22,6 +22,13 @@ constexpr bool isNameByte(char byte) {
     return isNameStart(byte) || (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
 }
 
+// As a table, for about half of a CSTA message is names.
+constexpr std::array<bool, 256> nameByteTable() {
+    std::array<bool, 256> table{};
+    for (size_t byte = 0; byte < table.size(); ++byte) table[byte] = isNameByte(static_cast<char>(byte));
+    return table;
+}
+
 // A document that is read from front to back. What is taken is a view into the document, not a copy.
 class Scanner {
 public:
@@ -88,12 +95,7 @@ public:
     void skipRest() { position = input.size(); }
 
 private:
-    // As a table, for about half of a CSTA message is names.
-    static constexpr std::array<bool, 256> kNameBytes = [] {
-        std::array<bool, 256> table{};
-        for (size_t byte = 0; byte < table.size(); ++byte) table[byte] = isNameByte(static_cast<char>(byte));
-        return table;
-    }();
+    static constexpr std::array<bool, 256> kNameBytes = nameByteTable();
 
     void skipNameBytes() {
         while (!atEnd() && kNameBytes[static_cast<unsigned char>(input[position])]) ++position;

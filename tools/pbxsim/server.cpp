@@ -201,6 +201,7 @@ bool Serve(const Options& options, HANDLE stop) {
     }
     Print("pbxsim: listening on " + LocalName(listener));
     if (!identityLine.empty()) Print("pbxsim: " + identityLine);
+    // cppcheck-suppress accessMoved; the move itself is taken for a later use.
     Server(options, std::move(listener)).Run(stop);
     return true;
 }
