@@ -33,3 +33,9 @@ if(VELMORA_COVERAGE)
     add_compile_options(--coverage)
     add_link_options(--coverage)
 endif()
+
+# Everything that a fuzz target runs tells libFuzzer which way it took.
+if(VELMORA_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "config/byte_string.h"
+#include "tls/cipher_suite.h"
+#include "tls/key_derivation.h"
+#include "tls/record_protection.h"
+#include "tls/tls_connection.h"
+#include "tls/transcript.h"
+
+namespace velmora {
+
+// The other end of a TlsConnection that speaks any version and suite, knows the secrets, and sends whatever it is told
+// to, with the right keys and MACs: what it sends is never refused for those. It drives the endpoint and judges
+// nothing. A copy goes on by itself.
+//
+// All randoms must come from tests/support/fixed_random with a sequence of the one byte 0x5A: so the peer knows the
+// pre-master secret that a client draws.
+class KeyedPeer {
+public:
+    KeyedPeer(Endpoint endpoint, uint16_t protocolVersion, const CipherSuite& cipherSuite);
+
+    bool IsClient() const { return self == Endpoint::kClient; }
+
+    // Takes what the endpoint has sent, whole records, up to the first one that has other keys.
+    void Read(const ByteString& stream);
+
+    // A record, protected once ChangeCipherSpec has been sent.
+    ByteString Record(RecordType type, std::string_view content);
+
+    // A record with a message, which becomes part of the transcript.
+    ByteString Message(HandshakeType type, std::string_view body);
+
+    // The messages of a usual handshake.
+    ByteString ClientHello();
+    ByteString ServerHello();
+    ByteString ClientKeyExchange(const ByteString& exponent, const ByteString& modulus);
+    ByteString ChangeCipherSpec();
+    ByteString Finished();
+
+private:
+    struct Keys {
+        DirectionKeys client;
+        DirectionKeys server;
+    };
+
+    void TakeMessages(std::string_view messages);
+    Keys DeriveKeys();
+
+    Endpoint self;
+    uint16_t version;
+    CipherSuite suite;
+    ByteString clientRandom;
+    ByteString serverRandom;
+    Transcript transcript;
+    ByteString masterSecret;
+    RecordProtection sending;    // none before ChangeCipherSpec
+    RecordProtection receiving;  // none before the endpoint's
+};
+
+}  // namespace velmora

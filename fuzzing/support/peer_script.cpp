@@ -1,0 +1,82 @@
+#include "fuzzing/support/peer_script.h"
+
+#include "crypto/trust_store.h"
+#include "fuzzing/support/expect.h"
+#include "tests/support/hand_clock.h"
+#include "tests/support/tls_identity.h"
+#include "tls/wire.h"
+
+namespace velmora {
+namespace {
+
+constexpr int kMostSteps = 64;
+
+HandshakeType TypeFrom(FuzzInput& input) {
+    return static_cast<HandshakeType>(input.U8());
+}
+
+ByteString Certificate(KeyedPeer& peer) {
+    static const ByteString list = WireWriter().Bytes24(LoadTlsIdentity("rsa1024").certificate).Written();
+    return peer.Message(HandshakeType::kCertificate, WireWriter().Bytes24(list).Written());
+}
+
+// What one step gives the endpoint to read.
+ByteString StepBytes(uint8_t step, TlsStage& stage, FuzzInput& input) {
+    KeyedPeer& peer = stage.peer;
+    switch (step) {
+        case 0: {
+            const HandshakeType type = TypeFrom(input);
+            return peer.Message(type, input.Piece());
+        }
+        case 1: {
+            const HandshakeType type = TypeFrom(input);
+            return peer.Message(type, input.Bytes(input.U16()));
+        }
+        case 2: {
+            const auto type = static_cast<RecordType>(input.U8());
+            return peer.Record(type, input.Piece());
+        }
+        case 3:
+            return peer.IsClient() ? peer.ClientHello() : peer.ServerHello();
+        case 4:
+            if (!peer.IsClient()) return Certificate(peer);
+            return peer.ClientKeyExchange(ownCertificate().exponent, ownCertificate().modulus);
+        case 5:
+            return peer.ChangeCipherSpec();
+        case 6:
+            return peer.Finished();
+        default:
+            return peer.Record(RecordType::kApplicationData, input.Piece());
+    }
+}
+
+void StartOver(TlsConnection& end, unsigned minutes, bool isClient) {
+    handClockMs += minutes * uint64_t{60000};
+    end.Reset();
+    end.verifyCertificates = false;
+    end.resumeSessions = true;
+    if (isClient) end.StartClientHandshake();
+}
+
+}  // namespace
+
+void RunPeerScript(TlsStage stage, FuzzInput& input) {
+    TlsConnection& end = stage.end;
+    for (int steps = 0; steps < kMostSteps && !input.AtEnd(); ++steps) {
+        const uint8_t step = input.U8() % 10;
+        const bool failedBefore = end.Failed();
+        if (step == 8) {
+            stage.peer.Read(end.Send(input.Piece()));
+            continue;
+        }
+        if (step == 9) {
+            StartOver(end, input.U8(), !stage.peer.IsClient());
+            continue;
+        }
+        const ByteString data = end.Feed(StepBytes(step, stage, input));
+        Expect(!failedBefore || data.empty(), "an endpoint that has failed hands out nothing");
+        stage.peer.Read(end.Send({}));
+    }
+}
+
+}  // namespace velmora

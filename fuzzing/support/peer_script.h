@@ -1,0 +1,25 @@
+#pragma once
+
+#include "fuzzing/support/tls_stages.h"
+
+namespace velmora {
+
+// Goes on from a stage with what the input says, step by step: a byte for the step, then its own bytes.
+//
+//   0  a handshake message: its type, its length in one byte, its body
+//   1  likewise, with a length of two bytes
+//   2  a record of any type: the type, a length of one byte, the content
+//   3  the peer's own hello
+//   4  a server's Certificate message with its own certificate, or a client's key exchange
+//   5  the peer's ChangeCipherSpec
+//   6  the peer's Finished
+//   7  application data: a length of one byte, the data
+//   8  the endpoint sends data: a length of one byte, the data
+//   9  a byte of minutes pass, and the endpoint starts over with Reset; a server then resumes sessions
+//
+// Any other step counts as the remainder of its division by ten. The input ends after 64 steps.
+//
+// Whatever comes of it: an endpoint that has failed hands out nothing.
+void RunPeerScript(TlsStage stage, FuzzInput& input);
+
+}  // namespace velmora

@@ -1,0 +1,13 @@
+// A client that is given any bytes at any stage of the handshake.
+#include "fuzzing/support/fuzz_target.h"
+#include "fuzzing/support/tls_stages.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
+    using namespace velmora;
+    FuzzInput input(data, bytes);
+    TlsConnection client = StageOf(ClientStages(), input).end;
+    const uint8_t choices = input.U8();
+    client.verifyCertificates = choices % 2 != 0;
+    FeedInPieces(client, 1U + choices, input);
+    return 0;
+}
