@@ -1,67 +1,18 @@
 // Well-formed documents, read by us and by Expat: the same names, attributes, texts and structure.
 
-#include <expat.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <iterator>
-#include <memory>
 #include <random>
-#include <vector>
 
+#include "tests/support/expat_tree.h"
 #include "tests/xml/outline.h"
 #include "tests/xml/sample_messages.h"
 #include "xml/xml_node.h"
 
 namespace velmora {
 namespace {
-
-// The tree that Expat finds. It knows nothing of prefixes here: splitting a name at its colon is done by hand.
-class ExpatTree {
-public:
-    explicit ExpatTree(const ByteString& document) {
-        const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(nullptr),
-                                                                                  XML_ParserFree);
-        XML_SetUserData(parser.get(), this);
-        XML_SetElementHandler(parser.get(), Start, End);
-        XML_SetCharacterDataHandler(parser.get(), Text);
-        wellFormed = XML_Parse(parser.get(), document.data(), static_cast<int>(document.size()), 1) == XML_STATUS_OK;
-    }
-
-    XmlNode root;
-    bool wellFormed = false;
-
-private:
-    static ExpatTree& Self(void* tree) { return *static_cast<ExpatTree*>(tree); }
-
-    static void Name(const ByteString& name, ByteString& prefix, ByteString& localName) {
-        const size_t colon = name.find(':');
-        if (colon != ByteString::npos) prefix = name.substr(0, colon);
-        localName = colon != ByteString::npos ? name.substr(colon + 1) : name;
-    }
-
-    static void XMLCALL Start(void* tree, const XML_Char* name, const XML_Char** attributes) {
-        std::vector<XmlNode*>& open = Self(tree).open;
-        XmlNode& element = open.empty() ? Self(tree).root : open.back()->children.emplace_back();
-        Name(name, element.prefix, element.localName);
-        for (; *attributes != nullptr; attributes += 2) {
-            XmlAttribute& attribute = element.attributes.emplace_back();
-            Name(attributes[0], attribute.prefix, attribute.localName);
-            attribute.value = attributes[1];
-        }
-        open.push_back(&element);
-    }
-
-    static void XMLCALL End(void* tree, const XML_Char* /*name*/) { Self(tree).open.pop_back(); }
-
-    // The text of the root is not kept, as CSTA has none there.
-    static void XMLCALL Text(void* tree, const XML_Char* text, int length) {
-        std::vector<XmlNode*>& open = Self(tree).open;
-        if (open.size() > 1) open.back()->text.append(text, static_cast<size_t>(length));
-    }
-
-    std::vector<XmlNode*> open;
-};
 
 void ExpectSameTree(const ByteString& document) {
     const ExpatTree expat(document);
