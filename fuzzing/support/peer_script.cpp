@@ -11,6 +11,11 @@ namespace {
 
 constexpr int kMostSteps = 64;
 
+// Steps that are more than bytes to be read.
+constexpr uint8_t kPeerSends = 7;
+constexpr uint8_t kEndpointSends = 8;
+constexpr uint8_t kStartOver = 9;
+
 HandshakeType TypeFrom(FuzzInput& input) {
     return static_cast<HandshakeType>(input.U8());
 }
@@ -62,17 +67,25 @@ void StartOver(TlsConnection& end, unsigned minutes, bool isClient) {
 
 void RunPeerScript(TlsStage stage, FuzzInput& input) {
     TlsConnection& end = stage.end;
+    bool agreed = end.HandshakeComplete();  // nothing but data has passed since the handshake
     for (int steps = 0; steps < kMostSteps && !input.AtEnd(); ++steps) {
         const uint8_t step = input.U8() % 10;
         const bool failedBefore = end.Failed();
-        if (step == 8) {
+        if (step == kEndpointSends) {
             stage.peer.Read(end.Send(input.Piece()));
             continue;
         }
-        if (step == 9) {
+        if (step == kStartOver) {
+            agreed = false;
             StartOver(end, input.U8(), !stage.peer.IsClient());
             continue;
         }
+        if (step == kPeerSends && agreed) {
+            const ByteString sent = input.Piece();
+            Expect(end.Feed(stage.peer.Record(RecordType::kApplicationData, sent)) == sent, "data arrives as sent");
+            continue;
+        }
+        agreed = false;
         const ByteString data = end.Feed(StepBytes(step, stage, input));
         Expect(!failedBefore || data.empty(), "an endpoint that has failed hands out nothing");
         stage.peer.Read(end.Send({}));

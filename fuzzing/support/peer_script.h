@@ -19,7 +19,8 @@ namespace velmora {
 //
 // Any other step counts as the remainder of its division by ten. The input ends after 64 steps.
 //
-// Whatever comes of it: an endpoint that has failed hands out nothing.
+// An endpoint that has failed hands out nothing; and as long as nothing but data passes behind a complete handshake,
+// the endpoint hands out what the peer has sent.
 void RunPeerScript(TlsStage stage, FuzzInput& input);
 
 }  // namespace velmora
