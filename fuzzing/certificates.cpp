@@ -1,4 +1,4 @@
-// Any bytes as a chain of certificates, verified or not.
+// Any bytes as a chain of certificates, verified or not, and read by the rules written down once more.
 #include <vector>
 
 #include "crypto/certificate.h"
@@ -9,6 +9,7 @@
 #include "fuzzing/support/fuzz_target.h"
 #include "fuzzing/support/quiet_log.h"
 #include "tests/crypto/certificate_files.h"
+#include "tests/crypto/plain_certificate.h"
 
 namespace {
 
@@ -32,6 +33,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
     std::vector<ByteString> certificates;
     for (unsigned count = input.U8() % 4; count > 0; --count) certificates.push_back(input.Bytes(input.U16()));
     certificates.push_back(input.Rest());
+    for (const ByteString& certificate : certificates) {
+        Expect(parseCertificate(certificate) == PlainCertificate(certificate), "it is read by the plain rules");
+    }
 
     const CertificateChain skipped(certificates, kSkipVerification);
     const CertificateChain verified(certificates, "");

@@ -1,12 +1,17 @@
-// Any bytes as a document: parsed in both ways of reading names, looked up, moved and destroyed.
+// Any bytes as a document: parsed in both ways of reading names, compared with the rules written down once more, looked
+// up, moved and destroyed.
 #include <utility>
 
 #include "fuzzing/support/expect.h"
 #include "fuzzing/support/fuzz_input.h"
 #include "fuzzing/support/fuzz_target.h"
+#include "tests/xml/outline.h"
+#include "tests/xml/plain_parser.h"
 #include "xml/xml_node.h"
 
 namespace {
+
+constexpr size_t kPlainMaxBytes = 500;  // the judge recurses and copies
 
 // Down the first children, however deep, without recursion; what is counted is bounded by the document.
 size_t FirstChildren(const velmora::XmlNode& root) {
@@ -26,6 +31,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t bytes) {
 
     XmlNode root(document, matchCase);
     Expect(root.text.empty(), "a root has no text");
+    if (document.size() <= kPlainMaxBytes) {
+        Expect(outline(root) == outline(plainParse(document, matchCase)), "a document is read by the plain rules");
+    }
     Expect(FirstChildren(root) <= document.size(), "no element comes from nothing");
     const ByteString found = root.textAt(path);
     const XmlNode moved(std::move(root));

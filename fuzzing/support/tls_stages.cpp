@@ -107,10 +107,12 @@ TlsStage StageOf(const std::vector<TlsStage>& stages, FuzzInput& input) {
 }
 
 void FeedInPieces(TlsConnection& end, size_t pieceBytes, FuzzInput& input) {
+    const bool keyed = end.HandshakeComplete() && end.Suite().IsKnown();
     while (!input.AtEnd()) {
         const bool failedBefore = end.Failed();
         const ByteString data = end.Feed(input.Bytes(pieceBytes));
         Expect(!failedBefore || data.empty(), "an endpoint that has failed hands out nothing");
+        Expect(!keyed || data.empty(), "nothing is handed out that has no right MAC");
         end.Send("data");
     }
 }

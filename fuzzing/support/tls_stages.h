@@ -25,7 +25,8 @@ const std::vector<TlsStage>& ServerStages();
 // The stage that the first byte of an input names, with the clock, the randoms and the session cache set back.
 TlsStage StageOf(const std::vector<TlsStage>& stages, FuzzInput& input);
 
-// Gives an endpoint the rest of the input in pieces, and sends data behind each. One that has failed hands out nothing.
+// Gives an endpoint the rest of the input in pieces, and sends data behind each. One that has failed hands out nothing,
+// nor does one that has keys, for the input has none.
 void FeedInPieces(TlsConnection& end, size_t pieceBytes, FuzzInput& input);
 
 }  // namespace velmora
