@@ -73,6 +73,7 @@ void SetBack() {
 void Prepare() {
     SetBack();
     UseTlsIdentity("rsa1024");
+    trustCertificate(LoadTlsIdentity("rsa1024").certificate);
 }
 
 }  // namespace
