@@ -26,7 +26,7 @@ protected:
         return {.role = PeerRole::kServer, .suite = GetParam().suite, .identity = LoadTlsIdentity("rsa2048")};
     }
 
-    TlsDialogue With(const TlsPeerOptions& options) const { return {GetParam().library, options}; }
+    TlsDialogue With(const TlsPeerOptions& options) const { return {GetParam().implementation, options}; }
 };
 
 INSTANTIATE_TEST_SUITE_P(With, ClientInterop, testing::ValuesIn(kInteropCases), CaseName);
@@ -269,7 +269,7 @@ TEST_P(ClientInterop, DoesAFullHandshakeWithAServerThatForgets) {
 TEST_P(ClientInterop, DoesAFullHandshakeWithAServerThatNeverKnewTheSession) {
     TlsDialogue dialogue = With(ServerOptions());
     dialogue.Handshake();
-    dialogue.peer = MakeTlsPeer(GetParam().library, ServerOptions());
+    dialogue.peer = MakeTlsPeer(GetParam().implementation, ServerOptions());
     dialogue.Reconnect();
     EXPECT_TRUE(dialogue.IsUp()) << dialogue.peer->State().failure;
     EXPECT_FALSE(dialogue.peer->State().resumed);

@@ -29,7 +29,7 @@ bool ReadLibrary(std::string_view text, TlsLibrary& library) {
 
 // Whether the option has been taken; value is what follows it.
 bool TakeValue(FrontOptions& options, ByteString& identity, std::string_view name, std::string_view value) {
-    if (name == "--library") return ReadLibrary(value, options.library);
+    if (name == "--library") return ReadLibrary(value, options.implementation);
     if (name == "--listen") return ReadNumber(value, options.listenPort);
     if (name == "--forward" || name == "--connect") return ReadAddress(value, options.farPort);
     if (name == "--split") return ReadNumber(value, options.splitBytes);
@@ -52,7 +52,8 @@ ByteString Fault(const FrontOptions& options, const ByteString& identity) {
     constexpr std::array<std::string_view, 4> kSuites = {"AES128-SHA", "AES256-SHA", "RC4-SHA", "RC4-MD5"};
     constexpr std::array<std::string_view, 4> kIdentities = {"rsa1024", "rsa2048", "rsa4096", "client"};
     if (std::ranges::find(kSuites, options.peer.suite) == kSuites.end()) return "no suite " + options.peer.suite;
-    if (options.library == TlsLibrary::kOpenSsl && options.peer.suite.starts_with("RC4")) return "OpenSSL has no RC4";
+    if (options.implementation == TlsLibrary::kOpenSsl && options.peer.suite.starts_with("RC4"))
+        return "OpenSSL has no RC4";
     if (!identity.empty() && std::ranges::find(kIdentities, identity) == kIdentities.end()) {
         return "no identity " + identity;
     }

@@ -12,7 +12,7 @@ namespace velmora::interop {
 
 // What the command line of tls_front asks for.
 struct FrontOptions {
-    TlsLibrary library = TlsLibrary::kOpenSsl;
+    TlsLibrary implementation = TlsLibrary::kOpenSsl;
     TlsPeerOptions peer;
     uint16_t listenPort = 0;   // 0: any free one
     uint16_t farPort = 0;      // of the PBX

@@ -13,7 +13,7 @@ namespace velmora::interop {
 
 // A library and a suite of it. Each test of the same name runs over all of them.
 struct InteropCase {
-    TlsLibrary library;
+    TlsLibrary implementation;
     const char* suite;
     uint16_t suiteNumber;  // RFC 2246, A.5, and RFC 3268
 };
@@ -32,7 +32,7 @@ inline ByteString SuiteName(ByteString suite) {
 
 // "OpenSsl_AES128_SHA"
 inline ByteString CaseName(const testing::TestParamInfo<InteropCase>& info) {
-    return (info.param.library == TlsLibrary::kOpenSsl ? "OpenSsl_" : "GnuTls_") + SuiteName(info.param.suite);
+    return (info.param.implementation == TlsLibrary::kOpenSsl ? "OpenSsl_" : "GnuTls_") + SuiteName(info.param.suite);
 }
 
 // Around and beyond what fits into one record.

@@ -28,7 +28,7 @@ protected:
 
     TlsPeerOptions ClientOptions() const { return {.role = PeerRole::kClient, .suite = GetParam().suite}; }
 
-    TlsDialogue With(const TlsPeerOptions& options) const { return {GetParam().library, options}; }
+    TlsDialogue With(const TlsPeerOptions& options) const { return {GetParam().implementation, options}; }
 };
 
 INSTANTIATE_TEST_SUITE_P(With, ServerInterop, testing::ValuesIn(kInteropCases), CaseName);
@@ -142,7 +142,7 @@ TEST_P(ServerInterop, AnswersTheClientsCloseNotify) {
 
 TEST_P(ServerInterop, RefusesAClientWithoutACommonSuite) {
     TlsPeerOptions options = ClientOptions();
-    options.suite = GetParam().library == TlsLibrary::kOpenSsl ? "ECDHE-RSA-AES128-SHA" : "DES-CBC3-SHA";
+    options.suite = GetParam().implementation == TlsLibrary::kOpenSsl ? "ECDHE-RSA-AES128-SHA" : "DES-CBC3-SHA";
     TlsDialogue dialogue = With(options);
     dialogue.Handshake();
     EXPECT_TRUE(dialogue.ours.Failed());

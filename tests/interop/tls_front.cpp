@@ -102,7 +102,7 @@ int Serve(const FrontOptions& options) {
         return 1;
     }
     std::printf("listening on 127.0.0.1:%d\n", listener.Port());
-    const std::unique_ptr<TlsPeer> peer = MakeTlsPeer(options.library, options.peer);
+    const std::unique_ptr<TlsPeer> peer = MakeTlsPeer(options.implementation, options.peer);
     const bool isClient = options.peer.role == PeerRole::kClient;
     for (int number = 1;; ++number) {
         const TcpSocket near = listener.Accept();
