@@ -6,7 +6,6 @@
 
 #include "crypto/rsa.h"
 #include "crypto/trust_store.h"
-#include "tests/crypto/hand_made_certificate.h"
 #include "tests/support/fixed_random.h"
 #include "tests/support/hand_clock.h"
 #include "tests/support/hex.h"
@@ -515,15 +514,6 @@ TEST_F(TwoEndsTest, AgreeWithKeysOf1024To4096Bits) {
         ExpectDataBothWaysInPair();
         EXPECT_EQ(pair.client.Suite().number, 0x002F);
     }
-}
-
-// As a client it would have to encrypt a secret with its own key, which is too short for that.
-TEST_F(ServerHandshakeTest, RefusesToBeAClientWithAnOwnKeyTooShortForTheSecret) {
-    HandMadeCertificate certificate;
-    certificate.modulus = ByteString(50, '\xC3');
-    setOwnCertificate({certificate.der()}, {});
-    AnswerToHello();
-    EXPECT_EQ(Outline(Answer(HandshakeRecord(MessageOf(14, "")))), "21:2,43");
 }
 
 }  // namespace

@@ -315,6 +315,18 @@ TEST_F(FloodTest, AServerHelloDoneWithTheLongestKeyIsAnsweredInTime) {
     }
 }
 
+// A server that its peer makes a client would have to encrypt a secret with its own key.
+TEST_F(FloodTest, AServerHelloDoneWithAnOwnKeyTooShortForTheSecretIsRefused) {
+    HandMadeCertificate certificate;
+    certificate.modulus = ByteString(50, '\xC3');
+    setOwnCertificate({certificate.der()}, {});
+    TlsConnection server;
+    server.Feed(HandshakeRecord(MessageOf(1, ClientHelloFields().Body())));
+    server.Send({});
+    server.Feed(HandshakeRecord(MessageOf(14, "")));
+    EXPECT_EQ(Outline(server.Send({})), "21:2,43");
+}
+
 TEST_F(FloodTest, ARecordOf65535BytesIsARecord) {
     const ByteString body(65535, '\xA5');
     for (const unsigned type : {20U, 21U, 22U, 23U, 99U}) {
