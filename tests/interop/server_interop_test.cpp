@@ -4,6 +4,7 @@
 
 #include "crypto/trust_store.h"
 #include "tests/interop/interop_case.h"
+#include "tests/interop/link_checks.h"
 #include "tests/interop/record_editing.h"
 #include "tests/interop/tls_dialogue.h"
 #include "tests/support/hand_clock.h"
@@ -13,7 +14,6 @@ namespace velmora::interop {
 namespace {
 
 // RFC 2246, 7.2
-constexpr int kBadRecordMac = 20;
 constexpr int kHandshakeFailure = 40;
 
 // Longer than any session waits until it can be resumed.
@@ -51,8 +51,7 @@ TEST_P(ServerInterop, CompletesTheHandshakeWithKeysOfEverySize) {
 TEST_P(ServerInterop, CarriesDataOfEveryLengthBothWays) {
     TlsDialogue dialogue = With(ClientOptions());
     dialogue.Handshake();
-    for (const size_t length : kDataLengths) EXPECT_TRUE(dialogue.Carries(SampleData(length))) << length;
-    EXPECT_TRUE(dialogue.IsUp());
+    ExpectDataOfEveryLengthCarried(dialogue);
 }
 
 TEST_P(ServerInterop, IsVerifiedByAClientThatTrustsIt) {
@@ -132,12 +131,7 @@ TEST_P(ServerInterop, ReadsShortRecords) {
 TEST_P(ServerInterop, AnswersTheClientsCloseNotify) {
     TlsDialogue dialogue = With(ClientOptions());
     dialogue.Handshake();
-    dialogue.peer->Write("last words");
-    dialogue.peer->Close();
-    dialogue.Exchange();
-    EXPECT_EQ(dialogue.received, "last words");
-    EXPECT_TRUE(dialogue.peer->State().closeReceived);
-    EXPECT_TRUE(dialogue.IsUp());
+    ExpectCloseNotifyAnswered(dialogue);
 }
 
 TEST_P(ServerInterop, RefusesAClientWithoutACommonSuite) {
@@ -152,27 +146,13 @@ TEST_P(ServerInterop, RefusesAClientWithoutACommonSuite) {
 TEST_P(ServerInterop, EndsTheConnectionOverATamperedRecord) {
     TlsDialogue dialogue = With(ClientOptions());
     dialogue.Handshake();
-    dialogue.onWayToUs = [](const ByteString& bytes) {
-        return WithLastByteChanged(bytes, RecordType::kApplicationData);
-    };
-    dialogue.peer->Write("tampered with");
-    dialogue.Exchange();
-    EXPECT_EQ(dialogue.received, "");
-    EXPECT_TRUE(dialogue.ours.Failed());
-    EXPECT_EQ(dialogue.peer->State().alertReceived, kBadRecordMac);
+    ExpectTamperedRecordRefused(dialogue);
 }
 
 TEST_P(ServerInterop, NoticesTheClientsAlertForATamperedRecord) {
     TlsDialogue dialogue = With(ClientOptions());
     dialogue.Handshake();
-    dialogue.onWayToPeer = [](const ByteString& bytes) {
-        return WithLastByteChanged(bytes, RecordType::kApplicationData);
-    };
-    dialogue.Send("tampered with");
-    EXPECT_TRUE(dialogue.peer->State().failed);
-    EXPECT_EQ(dialogue.peer->Read(), "");
-    EXPECT_TRUE(dialogue.ours.PeerAlertReceived());
-    EXPECT_FALSE(dialogue.ours.Failed());
+    ExpectAlertForTamperedRecordNoticed(dialogue);
 }
 
 TEST_P(ServerInterop, ResumesASessionOnceItsTimeHasPassed) {

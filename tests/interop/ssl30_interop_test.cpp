@@ -5,16 +5,14 @@
 #include <memory>
 
 #include "tests/interop/interop_case.h"
+#include "tests/interop/link_checks.h"
 #include "tests/interop/nss_peer.h"
-#include "tests/interop/record_editing.h"
 #include "tests/interop/tls_dialogue.h"
 #include "tests/support/hand_clock.h"
 #include "tls/session_cache.h"
 
 namespace velmora::interop {
 namespace {
-
-constexpr int kBadRecordMac = 20;
 
 // Longer than any session waits until it can be resumed.
 constexpr uint64_t kSessionWaitMs = 1200 * 1000;
@@ -65,44 +63,25 @@ TEST_P(Ssl30Interop, CompletesTheHandshakeWithKeysOfEverySize) {
 TEST_P(Ssl30Interop, CarriesDataOfEveryLengthBothWays) {
     TlsDialogue dialogue = WithNss();
     dialogue.Handshake();
-    for (const size_t length : kDataLengths) EXPECT_TRUE(dialogue.Carries(SampleData(length))) << length;
-    EXPECT_TRUE(dialogue.IsUp());
+    ExpectDataOfEveryLengthCarried(dialogue);
 }
 
 TEST_P(Ssl30Interop, AnswersTheClientsCloseNotify) {
     TlsDialogue dialogue = WithNss();
     dialogue.Handshake();
-    dialogue.peer->Write("last words");
-    dialogue.peer->Close();
-    dialogue.Exchange();
-    EXPECT_EQ(dialogue.received, "last words");
-    EXPECT_TRUE(dialogue.peer->State().closeReceived);
-    EXPECT_TRUE(dialogue.IsUp());
+    ExpectCloseNotifyAnswered(dialogue);
 }
 
 TEST_P(Ssl30Interop, EndsTheConnectionOverATamperedRecord) {
     TlsDialogue dialogue = WithNss();
     dialogue.Handshake();
-    dialogue.onWayToUs = [](const ByteString& bytes) {
-        return WithLastByteChanged(bytes, RecordType::kApplicationData);
-    };
-    dialogue.peer->Write("tampered with");
-    dialogue.Exchange();
-    EXPECT_EQ(dialogue.received, "");
-    EXPECT_TRUE(dialogue.ours.Failed());
-    EXPECT_EQ(dialogue.peer->State().alertReceived, kBadRecordMac);
+    ExpectTamperedRecordRefused(dialogue);
 }
 
 TEST_P(Ssl30Interop, NoticesTheClientsAlertForATamperedRecord) {
     TlsDialogue dialogue = WithNss();
     dialogue.Handshake();
-    dialogue.onWayToPeer = [](const ByteString& bytes) {
-        return WithLastByteChanged(bytes, RecordType::kApplicationData);
-    };
-    dialogue.Send("tampered with");
-    EXPECT_TRUE(dialogue.peer->State().failed);
-    EXPECT_EQ(dialogue.peer->Read(), "");
-    EXPECT_TRUE(dialogue.ours.PeerAlertReceived());
+    ExpectAlertForTamperedRecordNoticed(dialogue);
 }
 
 TEST_P(Ssl30Interop, ResumesASessionOnceItsTimeHasPassed) {
