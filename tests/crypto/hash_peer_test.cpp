@@ -1,65 +1,24 @@
-#define OPENSSL_SUPPRESS_DEPRECATED  // the states whose length can be set, and HMAC in one call
+#define OPENSSL_SUPPRESS_DEPRECATED  // the states whose length can be set
 #include <gtest/gtest.h>
-#include <openssl/core_names.h>
-#include <openssl/evp.h>
-#include <openssl/hmac.h>
-#include <openssl/kdf.h>
 #include <openssl/md5.h>
 #include <openssl/sha.h>
-
-#include <memory>
 
 #include "crypto/hmac.h"
 #include "crypto/md5.h"
 #include "crypto/prf.h"
 #include "crypto/sha1.h"
+#include "tests/support/peer_crypto.h"
 #include "tests/support/seeded_bytes.h"
 
 namespace velmora {
 namespace {
 
-const unsigned char* unsignedBytes(const ByteString& bytes) {
-    return reinterpret_cast<const unsigned char*>(bytes.data());
-}
-
-ByteString peerDigest(const EVP_MD* hash, const ByteString& data) {
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    EVP_Digest(data.data(), data.size(), digest, &length, hash, nullptr);
-    return {digest, digest + length};
-}
-
-ByteString peerHmac(const EVP_MD* hash, const ByteString& key, const ByteString& data) {
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    HMAC(hash, key.data(), static_cast<int>(key.size()), unsignedBytes(data), data.size(), digest, &length);
-    return {digest, digest + length};
-}
-
-ByteString peerPrf(ByteString secret, const ByteString& label, const ByteString& seed, size_t count) {
-    const std::unique_ptr<EVP_KDF, decltype(&EVP_KDF_free)> kdf(EVP_KDF_fetch(nullptr, "TLS1-PRF", nullptr),
-                                                                EVP_KDF_free);
-    const std::unique_ptr<EVP_KDF_CTX, decltype(&EVP_KDF_CTX_free)> context(EVP_KDF_CTX_new(kdf.get()),
-                                                                            EVP_KDF_CTX_free);
-    char hash[] = "MD5-SHA1";
-    ByteString labelSeed = label + seed;
-    const OSSL_PARAM parameters[] = {
-        OSSL_PARAM_construct_utf8_string(OSSL_KDF_PARAM_DIGEST, hash, 0),
-        OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_SECRET, secret.data(), secret.size()),
-        OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_SEED, labelSeed.data(), labelSeed.size()),
-        OSSL_PARAM_construct_end(),
-    };
-    ByteString output(count, '\0');
-    EXPECT_EQ(EVP_KDF_derive(context.get(), reinterpret_cast<unsigned char*>(output.data()), count, parameters), 1);
-    return output;
-}
-
 TEST(HashPeer, AgreesOnMessagesOfEveryLengthUpTo1000) {
     SeededBytes random(1);
     for (size_t count = 0; count <= 1000; ++count) {
         const ByteString data = random.take(count);
-        ASSERT_EQ(md5Digest(data), peerDigest(EVP_md5(), data)) << count;
-        ASSERT_EQ(sha1Digest(data), peerDigest(EVP_sha1(), data)) << count;
+        ASSERT_EQ(md5Digest(data), PeerDigest("MD5", data)) << count;
+        ASSERT_EQ(sha1Digest(data), PeerDigest("SHA1", data)) << count;
     }
 }
 
@@ -75,8 +34,8 @@ TEST(HashPeer, AgreesOnThousandsOfMessagesTakenInPieces) {
             md5.update(piece);
             sha1.update(piece);
         }
-        ASSERT_EQ(md5.digest(), peerDigest(EVP_md5(), data)) << run;
-        ASSERT_EQ(sha1.digest(), peerDigest(EVP_sha1(), data)) << run;
+        ASSERT_EQ(md5.digest(), PeerDigest("MD5", data)) << run;
+        ASSERT_EQ(sha1.digest(), PeerDigest("SHA1", data)) << run;
     }
 }
 
@@ -113,8 +72,8 @@ TEST(HmacPeer, AgreesOnThousandsOfKeysAndMessages) {
     for (int run = 0; run < 4000; ++run) {
         const ByteString key = random.take(random.upTo(64));
         const ByteString data = random.take(random.upTo(run % 10 == 0 ? 5000 : 300));
-        ASSERT_EQ(hmacMd5(key, data), peerHmac(EVP_md5(), key, data)) << run;
-        ASSERT_EQ(hmacSha1(key, data), peerHmac(EVP_sha1(), key, data)) << run;
+        ASSERT_EQ(hmacMd5(key, data), PeerHmac("MD5", key, data)) << run;
+        ASSERT_EQ(hmacSha1(key, data), PeerHmac("SHA1", key, data)) << run;
     }
 }
 
@@ -126,7 +85,8 @@ TEST(PrfPeer, AgreesOnThousandsOfSecrets) {
         const ByteString label = random.take(1 + random.upTo(20));
         const ByteString seed = random.take(random.upTo(100));
         const size_t count = 1 + random.upTo(300);
-        ASSERT_EQ(tlsPrf(secret, label, seed, static_cast<int32_t>(count)), peerPrf(secret, label, seed, count)) << run;
+        ASSERT_EQ(tlsPrf(secret, label, seed, static_cast<int32_t>(count)), PeerTlsPrf(secret, label, seed, count))
+            << run;
     }
 }
 
