@@ -74,7 +74,7 @@ void TlsConnection::SendHandshake(std::string_view step, HandshakeType type, std
     LogHandshake(step, body);
     WireWriter message;
     message.U8(static_cast<uint8_t>(type)).Bytes24(body);
-    if (type != HandshakeType::kHelloRequest) transcript.Append(message.Written());
+    transcript.Append(message.Written());
     WriteRecord(RecordType::kHandshake, message.Written());
 }
 
