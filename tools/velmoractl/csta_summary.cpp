@@ -66,7 +66,9 @@ ByteString PutIntoWords(std::span<const Piece> pieces, const XmlNode& message) {
         words += piece.after;
     }
     // What joins a piece to the one before it has no place at the start.
-    if (words.starts_with(", ")) words.erase(0, 2);
+    for (const std::string_view joint : {", ", " of "}) {
+        if (words.starts_with(joint)) words.erase(0, joint.size());
+    }
     return ByteString(Trimmed(words));
 }
 

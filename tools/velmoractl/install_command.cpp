@@ -48,6 +48,8 @@ administrator rights, 20 TAPI did not remove it, 1 anything else.
 
 constexpr wchar_t kProviderName[] = L"velmora.tsp";  // TAPI looks for it in System32
 
+const char* const kAskStatus = "See whether the telephony service can run: velmoractl status";
+
 const char* const kRestart =
     "A running telephony service has to be restarted for that:\n"
     "  net stop tapisrv\n"
@@ -108,7 +110,9 @@ ExitCode AddProvider(const Report& report) {
     // No window: the provider asks nothing when it is added.
     DWORD id = 0;
     const auto code = static_cast<uint32_t>(tapi.lineAddProviderW(kProviderName, nullptr, &id));
-    if (code != 0) return Fail(ExitCode::kTapiRefused, "TAPI did not add velmora.tsp: " + TapiErrorText(code) + ".");
+    if (code != 0) {
+        return Fail(ExitCode::kTapiRefused, "TAPI did not add velmora.tsp: " + TapiErrorText(code) + ".", kAskStatus);
+    }
     report.Say("Added velmora.tsp to TAPI, with the permanent ID " + DecimalText(id) + ".\n");
     report.Say(kRestart);
     return ExitCode::kDone;
@@ -143,8 +147,10 @@ ExitCode RemoveProvider(const std::vector<uint32_t>& ids, const Report& report) 
         if (code == 0) {
             report.Say("Removed velmora.tsp, permanent ID " + DecimalText(id) + ", from TAPI.\n");
         } else {
-            outcome = Fail(ExitCode::kTapiRefused, "TAPI did not remove velmora.tsp, permanent ID " + DecimalText(id) +
-                                                       ": " + TapiErrorText(code) + ".");
+            outcome = Fail(
+                ExitCode::kTapiRefused,
+                "TAPI did not remove velmora.tsp, permanent ID " + DecimalText(id) + ": " + TapiErrorText(code) + ".",
+                kAskStatus);
         }
     }
     if (outcome == ExitCode::kDone) report.Say(kRestart);

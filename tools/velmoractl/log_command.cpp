@@ -69,6 +69,9 @@ ExitCode CannotOpen(const ByteString& path, DWORD error) {
     switch (error) {
         case ERROR_FILE_NOT_FOUND:
         case ERROR_PATH_NOT_FOUND:
+            if (path != EffectiveText("logfile")) {
+                return NoLog(path + " is not there.", "The log that is set is shown by: velmoractl log");
+            }
             return NoLog(path + " is not there.",
                          "The provider makes the log with its first record: has the telephony service been restarted "
                          "since the log was turned on?");

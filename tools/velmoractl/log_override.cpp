@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "config/registry.h"
+#include "tools/velmoractl/console.h"
 #include "tools/velmoractl/log_tap.h"
 
 namespace velmora::ctl {
@@ -24,11 +25,19 @@ bool KeyExists(const char* path) {
     return true;
 }
 
+// Waits until no other velmoractl has the log's settings in its hands; false when one still has them.
+bool TakeTurn(HANDLE turn) {
+    if (turn == nullptr) return false;
+    if (WaitForSingleObject(turn, 0) != WAIT_TIMEOUT) return true;
+    PrintErrorLine("Another velmoractl reads the trace log; this one waits for it, a minute at most.");
+    return WaitForSingleObject(turn, kTurnMs) != WAIT_TIMEOUT;
+}
+
 }  // namespace
 
 LogOverride::LogOverride(const ByteString& logfile, const ByteString& loglevel)
     : turn(CreateMutexA(nullptr, FALSE, kTurnName)) {
-    const bool alone = turn != nullptr && WaitForSingleObject(turn, kTurnMs) != WAIT_TIMEOUT;
+    const bool alone = TakeTurn(turn);
     if (!OpenKey()) return;
     for (const char* name : {"logfile", "loglevel", "loglength"}) Remember(name);
     // Left behind by a process that could not restore it: what was there before is not known.

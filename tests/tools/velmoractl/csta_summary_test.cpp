@@ -33,7 +33,7 @@ TEST(SummariseMessage, LeavesOutWhatIsNotThere) {
               "for 60 s");
     EXPECT_EQ(Summary("<ClearConnection><connectionToBeCleared><callID></callID><deviceID>40</deviceID>"
                       "</connectionToBeCleared></ClearConnection>"),
-              "of device 40");
+              "device 40");
     EXPECT_EQ(Summary("<MakeCall/>"), "");
 }
 

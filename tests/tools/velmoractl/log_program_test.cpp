@@ -146,6 +146,9 @@ TEST_F(LogShowTest, SaysWhyThereIsNothingToShow) {
     const Ended missing = RunCtl("log");
     EXPECT_EQ(missing.exitCode, 9U);
     EXPECT_EQ(missing.lines.front(), "velmoractl: " + path + " is not there.");
+    EXPECT_TRUE(missing.LastLine().starts_with("The provider makes the log with its first record:"));
+    EXPECT_EQ(RunCtl("log show " + path + "x").lines,
+              (Lines{"velmoractl: " + path + "x is not there.", "The log that is set is shown by: velmoractl log"}));
     WriteLogFile("no log at all\r\n");
     const Ended other = RunCtl("log");
     EXPECT_EQ(other.exitCode, 9U);
@@ -317,6 +320,16 @@ TEST_F(LogFollowTest, LeavesTheSettingsOfTheLogAsTheyWere) {
     EXPECT_EQ(Stored("logfile"), "C:\\velmora.log");
     EXPECT_EQ(Stored("loglevel"), "2");
     EXPECT_FALSE(registry.HasValue("loglength"));
+}
+
+TEST_F(LogFollowTest, SaysThatItWaitsForAnotherOne) {
+    Start();
+    const ByteString waits = "Another velmoractl reads the trace log; this one waits for it, a minute at most.";
+    {
+        ChildProcess second("velmoractl.exe", "log --follow");
+        EXPECT_EQ(second.ReadLine(), waits);
+    }
+    EXPECT_EQ(Interrupt().exitCode, 0U);
 }
 
 TEST_F(LogFollowTest, AsksTheProviderForRecordsUpToALevel) {
