@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "bench/ratio_table.h"
+#include "benchmarks/ratio_table.h"
 #include "crypto/big_int_limbs.h"
 #include "crypto/mod_inverse.h"
 #include "crypto/mod_pow.h"

@@ -20,7 +20,7 @@
 #include <memory>
 #include <string>
 
-#include "bench/ratio_table.h"
+#include "benchmarks/ratio_table.h"
 #include "crypto/aes.h"
 #include "crypto/hmac.h"
 #include "crypto/md5.h"

@@ -7,7 +7,7 @@
 
 #include <array>
 
-#include "bench/tls_end.h"
+#include "benchmarks/tls_end.h"
 #include "tests/support/tls_identity.h"
 #include "tls/protocol.h"
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <map>
 
-#include "bench/tls_end.h"
+#include "benchmarks/tls_end.h"
 #include "tests/support/tls_identity.h"
 #include "tls/protocol.h"
 

@@ -1,6 +1,6 @@
 #include <array>
 
-#include "bench/tls_end.h"
+#include "benchmarks/tls_end.h"
 #include "config/clock.h"
 #include "crypto/trust_store.h"
 #include "tests/support/hand_clock.h"

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "bench/ratio_table.h"
-#include "bench/tls_end.h"
+#include "benchmarks/ratio_table.h"
+#include "benchmarks/tls_end.h"
 #include "config/big_endian.h"
 #include "tests/support/tls_identity.h"
 #include "tls/protocol.h"

@@ -1,4 +1,4 @@
-#include "bench/ratio_table.h"
+#include "benchmarks/ratio_table.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/targets.h"
+#include "benchmarks/targets.h"
 
 namespace velmora {
 namespace {
