@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <iterator>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "benchmarks/targets.h"
@@ -23,6 +25,7 @@ const char* const kTurns[] = {
 struct Case {
     std::string unit;
     std::string name;
+    int64_t position = 0;                                // of its first contender among all that was entered
     std::map<std::string, std::vector<double>> turnsNs;  // by contender
 };
 
@@ -44,58 +47,87 @@ double Median(std::vector<double> values) {
     return *middle;
 }
 
-void PrintCase(const Case& measured) {
+// A case's times in nanoseconds, and the peer's that took the least.
+struct Outcome {
     double oursNs = 0;
     double peerNs = 0;
-    std::string peer;  // the best
+    std::string peer;  // its name; empty when there is none
+};
+
+Outcome OutcomeOf(const Case& measured) {
+    Outcome outcome;
     for (const auto& [contender, turnsNs] : measured.turnsNs) {
         const double ns = Median(turnsNs);
         if (contender == kOurs) {
-            oursNs = ns;
-        } else if (peer.empty() || ns < peerNs) {
-            peer = contender;
-            peerNs = ns;
+            outcome.oursNs = ns;
+        } else if (outcome.peer.empty() || ns < outcome.peerNs) {
+            outcome.peer = contender;
+            outcome.peerNs = ns;
         }
     }
-    if (oursNs == 0 || peer.empty()) return;
-    const double ratio = oursNs / peerNs;
-    std::printf("%-21s %-19s %12.1f %12.1f %-10s %6.2f", measured.unit.c_str(), measured.name.c_str(), oursNs, peerNs,
-                peer.c_str(), ratio);
+    return outcome;
+}
+
+void PrintForPeople(const Case& measured, const Outcome& outcome) {
+    const double ratio = outcome.oursNs / outcome.peerNs;
+    std::printf("%-21s %-19s %12.1f %12.1f %-10s %6.2f", measured.unit.c_str(), measured.name.c_str(), outcome.oursNs,
+                outcome.peerNs, outcome.peer.c_str(), ratio);
     if (const Target* target = FindTarget(measured); target != std::end(kTargets)) {
         std::printf(" %6.2f %8.2f  %s", target->good, target->moonshot, Verdict(ratio, *target));
     }
     std::printf("\n");
 }
 
+void PrintForPrograms(const Case& measured, const Outcome& outcome) {
+    std::printf("%s\t%s\t%.1f\t%.1f\t%s\t%.4f", measured.unit.c_str(), measured.name.c_str(), outcome.oursNs,
+                outcome.peerNs, outcome.peer.c_str(), outcome.oursNs / outcome.peerNs);
+    if (const Target* target = FindTarget(measured); target != std::end(kTargets)) {
+        std::printf("\t%g\t%g", target->good, target->moonshot);
+    } else {
+        std::printf("\t\t");
+    }
+    std::printf("\tns\n");
+}
+
 class RatioTable : public benchmark::BenchmarkReporter {
 public:
+    explicit RatioTable(bool isForPrograms) : forPrograms(isForPrograms) {}
+
     bool ReportContext(const Context& /*context*/) override { return true; }
 
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
             if (run.run_type != Run::RT_Iteration) continue;
             if (run.error_occurred) {
-                std::printf("%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
+                static_cast<void>(
+                    std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str()));
                 continue;
             }
             const bool ownTime = !run.run_name.time_type.empty();
             const double seconds = ownTime ? run.real_accumulated_time : run.cpu_accumulated_time;
-            Enter(run.run_name.function_name, seconds * 1e9 / static_cast<double>(run.iterations));
+            Enter(run.run_name.function_name, run.family_index, seconds * 1e9 / static_cast<double>(run.iterations));
         }
     }
 
     void Finalize() override {
-        std::printf("%-21s %-19s %12s %12s %-10s %6s %6s %8s\n", "unit", "case", "ours ns", "peer ns", "best peer",
-                    "ratio", "good", "moonshot");
         // The turns come in no order.
-        std::stable_sort(cases.begin(), cases.end(),
-                         [](const Case& one, const Case& other) { return FindTarget(one) < FindTarget(other); });
-        for (const Case& measured : cases) PrintCase(measured);
+        std::sort(cases.begin(), cases.end(), [](const Case& one, const Case& other) {
+            return std::pair(FindTarget(one), one.position) < std::pair(FindTarget(other), other.position);
+        });
+        if (!forPrograms) {
+            std::printf("%-21s %-19s %12s %12s %-10s %6s %6s %8s\n", "unit", "case", "ours ns", "peer ns", "best peer",
+                        "ratio", "good", "moonshot");
+        }
+        for (const Case& measured : cases) {
+            const Outcome outcome = OutcomeOf(measured);
+            if (outcome.oursNs == 0 || outcome.peer.empty()) continue;
+            forPrograms ? PrintForPrograms(measured, outcome) : PrintForPeople(measured, outcome);
+        }
     }
 
 private:
     // name is "unit/case/contender".
-    void Enter(const std::string& name, double ns) {
+    void Enter(const std::string& name, int64_t position, double ns) {
         const size_t first = name.find('/');
         const size_t last = name.rfind('/');
         const std::string unit = name.substr(0, first);
@@ -103,10 +135,12 @@ private:
         auto found = std::find_if(cases.begin(), cases.end(), [&](const Case& measured) {
             return measured.unit == unit && measured.name == caseName;
         });
-        if (found == cases.end()) found = cases.insert(found, {unit, caseName, {}});
+        if (found == cases.end()) found = cases.insert(found, {unit, caseName, position, {}});
+        found->position = std::min(found->position, position);
         found->turnsNs[name.substr(last + 1)].push_back(ns);
     }
 
+    bool forPrograms;
     std::vector<Case> cases;
 };
 
@@ -117,6 +151,7 @@ int RunRatioTable(int argc, char** argv) {
     std::vector<std::string> arguments = {argv[0]};
     arguments.insert(arguments.end(), std::begin(kTurns), std::end(kTurns));
     arguments.insert(arguments.end(), argv + 1, argv + argc);
+    const bool forPrograms = std::erase(arguments, "--tsv") > 0;
     std::vector<char*> pointers;
     pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -125,7 +160,7 @@ int RunRatioTable(int argc, char** argv) {
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, pointers.data());
     if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) return 1;
-    RatioTable table;
+    RatioTable table(forPrograms);
     benchmark::RunSpecifiedBenchmarks(&table);
     benchmark::Shutdown();
     return 0;

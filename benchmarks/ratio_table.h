@@ -33,8 +33,13 @@ void AddTimedContender(const std::string& unit, const std::string& caseName, con
 }
 
 // Runs all that was entered and prints a line for each case that we take part in: our time, the best peer and its
-// time, the ratio, and what targets.h asks. A contender's time is its least over several turns. The arguments are
-// Google Benchmark's. Gives the exit status for main: 1 for arguments that it does not know.
+// time, the ratio, and what targets.h asks. A contender's time is its median over many turns. The arguments are Google
+// Benchmark's; --tsv prints the lines for ./bench instead, with a tab between any two columns and no heading:
+//
+//     unit, case, our figure, the peer's, the peer's name, the ratio, good, moonshot, what the figures count ("ns")
+//
+// Good and moonshot are empty for a case without a target. Gives the exit status for main: 1 for arguments that it does
+// not know.
 int RunRatioTable(int argc, char** argv);
 
 }  // namespace velmora
