@@ -4,13 +4,13 @@ import math
 from itertools import groupby
 from xml.sax.saxutils import escape
 
-WIDTH = 900
+WIDTH = 960
 UNIT_X = 20  # where a unit's name begins
-CASE_RIGHT = 330  # where the name of a case ends
-PLOT_LEFT = 350
-PLOT_RIGHT = 715
-PEER_X = 784  # where the best peer's name begins
-RATIO_RIGHT = 772
+CASE_RIGHT = 326  # where the name of a case ends
+PLOT_LEFT = 342
+PLOT_RIGHT = 796
+RATIO_RIGHT = 846
+PEER_X = 858  # where the best peer's name begins
 TOP = 116
 ROW = 20
 BAR = 12
@@ -75,18 +75,22 @@ def bar(left, right, y, kind):
 
 
 def diamond(x, y):
-    return f'<path d="M{x} {y - 5}l5 5l-5 5l-5 -5z" class="goal"/>'
+    return f'<path d="M{x} {y - 4.5}l4.5 4.5l-4.5 4.5l-4.5 -4.5z" class="goal"/>'
 
 
 def legend(y):
     parts = []
-    x = PLOT_LEFT
-    for kind, meaning in (("moonshot", "moonshot reached"), ("good", "good"), ("MISSED", "missed")):
-        parts += [bar(x, x + 20, y, kind), text(x + 27, y + 4.5, meaning)]
-        x += 47 + 7.2 * len(meaning)
     x = UNIT_X
-    parts += [line(x + 4, y - 8, y + 8, "target"), text(x + 14, y + 4.5, "what is good"),
-              diamond(x + 120, y), text(x + 131, y + 4.5, "moonshot")]
+    for kind, meaning in (("moonshot", "the moonshot is reached"), ("good", "good"), ("MISSED", "missed"),
+                          ("target", "what is good"), ("goal", "moonshot")):
+        if kind == "target":
+            mark, width = line(x + 4, y - 8, y + 8, kind), 8
+        elif kind == "goal":
+            mark, width = diamond(x + 5, y), 10
+        else:
+            mark, width = bar(x, x + 20, y, kind), 20
+        parts += [mark, text(x + width + 6, y + 4.5, meaning)]
+        x += width + 6 + 7.6 * len(meaning) + 20
     return parts
 
 
@@ -117,13 +121,13 @@ def ratio_chart(rows):
     marks = [text(scale.x(mark), place, f"{mark:g}", "middle quiet")
              for mark in scale.marks() for place in (TOP - 6, bottom + 18)]
     height = bottom + 34
-    head = [text(UNIT_X, 36, "Our time over the best peer’s", "title"),
-            text(UNIT_X, 58, "At 1 both take as long; a bar to the left is quicker, one to the right slower.", "quiet"),
+    head = [text(UNIT_X, 36, "What ours takes, over what the best peer’s takes", "title"),
+            text(UNIT_X, 58, "At 1 both take as much; a bar to the left of it is better, one to the right worse.", "quiet"),
             *legend(80), text(RATIO_RIGHT, TOP - 6, "ratio", "right quiet"), text(PEER_X, TOP - 6, "best peer", "quiet")]
     return "\n".join([
         f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {height:g}" width="{WIDTH}" height="{height:g}"'
         ' role="img">',
-        "<title>Our time over the best peer’s</title>",
+        "<title>What ours takes, over what the best peer’s takes</title>",
         f"<style>\n{STYLE}</style>",
         f'<rect x="0.5" y="0.5" width="{WIDTH - 1}" height="{height - 1:g}" rx="8" class="ground"/>',
         *head, *grid, *body, *marks, "</svg>", ""])

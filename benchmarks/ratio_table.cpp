@@ -163,6 +163,8 @@ int RunRatioTable(int argc, char** argv) {
     RatioTable table(forPrograms);
     benchmark::RunSpecifiedBenchmarks(&table);
     benchmark::Shutdown();
+    // Some contenders hold what must not outlive their libraries.
+    benchmark::ClearRegisteredBenchmarks();
     return 0;
 }
 
