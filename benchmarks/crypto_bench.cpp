@@ -2,8 +2,6 @@
 
 #include <cstdint>
 #include <map>
-#include <stdexcept>
-#include <utility>
 
 #include "benchmarks/crypto_cases.h"
 
@@ -16,13 +14,6 @@ const ByteString& SomeBytes(size_t count) {
     uint32_t state = 1;
     while (bytes.size() < count) bytes += static_cast<char>((state = state * 1664525 + 1013904223) >> 24);
     return bytes;
-}
-
-void RequireTheSame(const std::string& unit, const std::string& caseName, const std::string& contender,
-                    std::string_view result) {
-    static std::map<std::pair<std::string, std::string>, ByteString> results;
-    const ByteString& first = results.try_emplace({unit, caseName}, result).first->second;
-    if (result != first) throw std::runtime_error(unit + " " + caseName + ": " + contender + " gives another result");
 }
 
 }  // namespace velmora

@@ -7,6 +7,8 @@
 #include <string_view>
 
 #include "benchmarks/ratio_table.h"
+#include "benchmarks/same_result.h"
+#include "benchmarks/unsigned_bytes.h"
 #include "config/byte_string.h"
 #include "crypto/md5.h"
 #include "crypto/sha1.h"
@@ -21,19 +23,6 @@ namespace velmora {
 
 // Bytes without a pattern that anything could profit from, the same for everybody. They stay where they are.
 const ByteString& SomeBytes(size_t count);
-
-// A contender that does not give what the others give would make the ratio worthless: throws unless result is what the
-// first one gave for the case.
-void RequireTheSame(const std::string& unit, const std::string& caseName, const std::string& contender,
-                    std::string_view result);
-
-inline const unsigned char* UnsignedBytes(const ByteString& bytes) {
-    return reinterpret_cast<const unsigned char*>(bytes.data());
-}
-
-inline unsigned char* UnsignedBytes(ByteString& bytes) {
-    return reinterpret_cast<unsigned char*>(bytes.data());
-}
 
 constexpr size_t kAesIvBytes = 16;
 constexpr size_t kRc4KeyBytes = 16;
