@@ -49,7 +49,7 @@ public:
     // After a complete handshake: makes ready for another one on a new connection. A client offers its session again.
     virtual void StartOver() = 0;
 
-    // Writes data, at most 16,384 bytes, to the wire in one record.
+    // Writes data, at most 16,384 bytes, to the wire in one record, but see SendsOneRecord.
     virtual void Send(std::string_view data) = 0;
 
     // The data of the one record that has come. It stays good until the next call.
@@ -78,6 +78,10 @@ public:
     virtual void Prepare() {}
 
     virtual std::unique_ptr<TlsEnd> NewEnd() = 0;
+
+    // Whether data leaves in one record. A library that puts the first byte into a record of its own, against chosen
+    // plaintexts, and cannot be kept from it, does more than ours when it sends.
+    virtual bool SendsOneRecord() const { return true; }
 };
 
 // None when the library cannot do the suite.
@@ -85,6 +89,8 @@ std::unique_ptr<TlsMaker> OurMaker(const TlsSetup& setup);
 std::unique_ptr<TlsMaker> OpenSslMaker(const TlsSetup& setup);
 std::unique_ptr<TlsMaker> GnuTlsMaker(const TlsSetup& setup);
 std::unique_ptr<TlsMaker> MbedTlsMaker(const TlsSetup& setup);
+std::unique_ptr<TlsMaker> BotanMaker(const TlsSetup& setup);
+std::unique_ptr<TlsMaker> BearSslMaker(const TlsSetup& setup);
 
 // A benchmark of something that has failed would be worthless.
 inline void Require(bool condition, const char* what) {
