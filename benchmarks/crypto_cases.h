@@ -44,22 +44,22 @@ void AddCryptoWork(const std::string& unit, size_t byteCount, Work work) {
     });
 }
 
-// A record with its 13 bytes of sequence number and header, under a MAC secret of the hash's own length.
 template <typename Library>
 void AddDigests() {
     for (const size_t count : {64U, 1024U, 16384U, 1048576U}) {
         AddCryptoWork<Library>("md5", count, Library::Md5(SomeBytes(count)));
         AddCryptoWork<Library>("sha1", count, Library::Sha1(SomeBytes(count)));
     }
+    // A record with its 13 bytes of sequence number and header, under a MAC secret of the hash's own length.
     for (const size_t count : {413U, 16397U}) {
         AddCryptoWork<Library>("hmac-md5", count, Library::HmacMd5(SomeBytes(kMd5Bytes), SomeBytes(count)));
         AddCryptoWork<Library>("hmac-sha1", count, Library::HmacSha1(SomeBytes(kSha1Bytes), SomeBytes(count)));
     }
 }
 
-// One stream from call to call, as the records of a connection make it.
 template <typename Library>
 void AddCiphers() {
+    // One stream from call to call, as the records of a connection make it.
     for (const size_t count : {448U, 16384U}) {
         const ByteString& data = SomeBytes(count);
         for (const int keyBits : {128, 256}) {
