@@ -1,5 +1,7 @@
 // A client and a server joined by a wire that changes what passes: a full handshake, or a resumed one, and data behind
 // it. Whatever the wire does, no end hands out data under the keys that the other has not sent.
+#include <string_view>
+
 #include "crypto/trust_store.h"
 #include "fuzzing/support/expect.h"
 #include "fuzzing/support/fuzz_target.h"
@@ -20,18 +22,17 @@ class Wire {
 public:
     explicit Wire(FuzzInput& changes) : input(changes) { NextChange(); }
 
-    ByteString Pass(const ByteString& bytes) {
+    ByteString Pass(std::string_view bytes) {
         ByteString passed;
-        for (const char byte : bytes) {
-            if (!armed || distance-- > 0) {
-                passed += byte;
-                continue;
-            }
-            passed += Changed(byte);
+        while (armed && distance < bytes.size()) {
+            passed += bytes.substr(0, distance);
+            passed += Changed(bytes[distance]);
             changed = true;
+            bytes.remove_prefix(distance + 1);
             NextChange();
         }
-        return passed;
+        if (armed) distance -= bytes.size();
+        return passed.append(bytes);
     }
 
     bool HasChanged() const { return changed; }
@@ -61,7 +62,7 @@ private:
 
     FuzzInput& input;
     bool armed = false;
-    unsigned distance = 0;
+    size_t distance = 0;
     uint8_t kind = 0;
     bool changed = false;
 };
@@ -98,7 +99,7 @@ Scene MakeScene() {
     ByteString sequence;
     for (int index = 0; index < 251; ++index) sequence += static_cast<char>(index * 7 + 1);
     fixedRandomSequence = sequence;
-    UseTlsIdentity("rsa1024");
+    UseTlsIdentity("rsa512");
     Scene scene;
     scene.resuming = MakeResumingPair();
     scene.sessions = sessionCache;

@@ -1,7 +1,5 @@
 #include "fuzzing/support/keyed_peer.h"
 
-#include <optional>
-
 #include "crypto/rsa.h"
 #include "tests/support/tls_records.h"
 #include "tls/wire.h"
@@ -27,8 +25,7 @@ void KeyedPeer::Read(const ByteString& stream) {
         if (!content) return;
         if (record.type == RecordType::kHandshake) TakeMessages(*content);
         if (record.type != RecordType::kChangeCipherSpec) continue;
-        const Keys keys = DeriveKeys();
-        receiving = RecordProtection::ForReceiving(suite, IsClient() ? keys.server : keys.client);
+        receiving = RecordProtection::ForReceiving(suite, IsClient() ? DeriveKeys().server : DeriveKeys().client);
     }
 }
 
@@ -79,8 +76,7 @@ ByteString KeyedPeer::ClientKeyExchange(const ByteString& exponent, const ByteSt
 
 ByteString KeyedPeer::ChangeCipherSpec() {
     const ByteString record = Record(RecordType::kChangeCipherSpec, "\x01");
-    const Keys keys = DeriveKeys();
-    sending = RecordProtection::ForSending(suite, IsClient() ? keys.client : keys.server);
+    sending = RecordProtection::ForSending(suite, IsClient() ? DeriveKeys().client : DeriveKeys().server);
     return record;
 }
 
@@ -88,18 +84,22 @@ ByteString KeyedPeer::Finished() {
     return Message(HandshakeType::kFinished, VerifyData(version, masterSecret, self, transcript));
 }
 
-// RFC 2246, 6.3.
-KeyedPeer::Keys KeyedPeer::DeriveKeys() {
+// RFC 2246, 6.3. Derived once for each pair of randoms, since it takes longer than most of what is tested.
+const KeyedPeer::Keys& KeyedPeer::DeriveKeys() {
+    const ByteString randoms = clientRandom + serverRandom;
+    if (keys && keys->randoms == randoms) return *keys;
     // A suite that is not known has no key exchange.
     masterSecret = suite.IsKnown() ? MasterSecret(version, PreMaster(version), clientRandom, serverRandom) : "";
     const ByteString block = KeyBlock(version, masterSecret, clientRandom, serverRandom,
                                       2 * (suite.macBytes + suite.keyBytes + suite.ivBytes));
-    Keys keys;
+    keys = Keys{.randoms = randoms, .client = {}, .server = {}};
     WireReader reader(block);
-    for (DirectionKeys* direction : {&keys.client, &keys.server}) direction->macSecret = reader.Bytes(suite.macBytes);
-    for (DirectionKeys* direction : {&keys.client, &keys.server}) direction->key = reader.Bytes(suite.keyBytes);
-    for (DirectionKeys* direction : {&keys.client, &keys.server}) direction->iv = reader.Bytes(suite.ivBytes);
-    return keys;
+    for (DirectionKeys* direction : {&keys->client, &keys->server}) {
+        direction->macSecret = reader.Bytes(suite.macBytes);
+    }
+    for (DirectionKeys* direction : {&keys->client, &keys->server}) direction->key = reader.Bytes(suite.keyBytes);
+    for (DirectionKeys* direction : {&keys->client, &keys->server}) direction->iv = reader.Bytes(suite.ivBytes);
+    return *keys;
 }
 
 }  // namespace velmora

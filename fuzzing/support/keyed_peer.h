@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "config/byte_string.h"
@@ -42,12 +43,13 @@ public:
 
 private:
     struct Keys {
+        ByteString randoms;  // that they were made of, the client's and the server's
         DirectionKeys client;
         DirectionKeys server;
     };
 
     void TakeMessages(std::string_view messages);
-    Keys DeriveKeys();
+    const Keys& DeriveKeys();
 
     Endpoint self;
     uint16_t version;
@@ -56,6 +58,7 @@ private:
     ByteString serverRandom;
     Transcript transcript;
     ByteString masterSecret;
+    std::optional<Keys> keys;    // none before the first change of cipher spec
     RecordProtection sending;    // none before ChangeCipherSpec
     RecordProtection receiving;  // none before the endpoint's
 };

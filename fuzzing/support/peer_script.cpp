@@ -21,7 +21,7 @@ HandshakeType TypeFrom(FuzzInput& input) {
 }
 
 ByteString Certificate(KeyedPeer& peer) {
-    static const ByteString list = WireWriter().Bytes24(LoadTlsIdentity("rsa1024").certificate).Written();
+    static const ByteString list = WireWriter().Bytes24(LoadTlsIdentity("rsa512").certificate).Written();
     return peer.Message(HandshakeType::kCertificate, WireWriter().Bytes24(list).Written());
 }
 

@@ -29,7 +29,7 @@ void AddClientStages(std::vector<TlsStage>& stages, const CipherSuite& suite) {
 
     client.Feed(server.ServerHello());
     stages.push_back(stage);
-    const ByteString list = WireWriter().Bytes24(LoadTlsIdentity("rsa1024").certificate).Written();
+    const ByteString list = WireWriter().Bytes24(LoadTlsIdentity("rsa512").certificate).Written();
     client.Feed(server.Message(HandshakeType::kCertificate, WireWriter().Bytes24(list).Written()));
     stages.push_back(stage);
     client.Feed(server.Message(HandshakeType::kServerHelloDone, {}));
@@ -72,8 +72,8 @@ void SetBack() {
 
 void Prepare() {
     SetBack();
-    UseTlsIdentity("rsa1024");
-    trustCertificate(LoadTlsIdentity("rsa1024").certificate);
+    UseTlsIdentity("rsa512");
+    trustCertificate(LoadTlsIdentity("rsa512").certificate);
 }
 
 }  // namespace

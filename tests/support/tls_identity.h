@@ -10,7 +10,8 @@ struct TlsIdentity {
     ByteString privateKey;   // an RSAPrivateKey in DER
 };
 
-// "rsa1024", "rsa2048", "rsa4096": a PBX "pbx.velmora.example" that has signed its own certificate.
+// "rsa1024", "rsa2048", "rsa4096": a PBX "pbx.velmora.example" that has signed its own certificate. "rsa512" likewise,
+// for fuzzing: its powers take the least time. It signs nothing that a peer could check, for a signature has 1024 bits.
 // "client": a client with a key of 1024 bits, whose certificate "Velmora Client Authority" has signed.
 TlsIdentity LoadTlsIdentity(const ByteString& name);
 
