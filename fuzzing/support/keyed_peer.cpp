@@ -47,7 +47,22 @@ ByteString KeyedPeer::Record(RecordType type, std::string_view content) {
 ByteString KeyedPeer::Message(HandshakeType type, std::string_view body) {
     const ByteString message = WireWriter().U8(static_cast<uint8_t>(type)).Bytes24(body).Written();
     if (type != HandshakeType::kHelloRequest) transcript.Append(message);
-    return Record(RecordType::kHandshake, message);
+    waiting += message;
+    return TakeLeavingRecords();
+}
+
+ByteString KeyedPeer::TakeLeavingRecords() {
+    std::string_view leaving = std::string_view(waiting).substr(0, packing.leavingBytes);
+    const size_t leavingBytes = leaving.size();
+    const size_t recordBytes = (leavingBytes + packing.records - 1) / packing.records;
+    ByteString records;
+    while (!leaving.empty()) {
+        const std::string_view content = leaving.substr(0, recordBytes);
+        records += Record(RecordType::kHandshake, content);
+        leaving.remove_prefix(content.size());
+    }
+    waiting.erase(0, leavingBytes);
+    return records;
 }
 
 ByteString KeyedPeer::ClientHello() {

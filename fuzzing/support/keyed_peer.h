@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -12,6 +13,14 @@
 #include "tls/transcript.h"
 
 namespace velmora {
+
+// How messages are put into records: of those that have waited, and the new one behind them, the first leavingBytes
+// leave now, in records of about the same length, and the rest waits for the next message. As it stands, a message a
+// record.
+struct MessagePacking {
+    size_t leavingBytes = ByteString::npos;
+    size_t records = 1;
+};
 
 // The other end of a TlsConnection that speaks any version and suite, knows the secrets, and sends whatever it is told
 // to, with the right keys and MACs: what it sends is never refused for those. It drives the endpoint and judges
@@ -31,7 +40,10 @@ public:
     // A record, protected once ChangeCipherSpec has been sent.
     ByteString Record(RecordType type, std::string_view content);
 
-    // A record with a message, which becomes part of the transcript.
+    // For the messages from now on.
+    void SetPacking(const MessagePacking& forMessages) { packing = forMessages; }
+
+    // The records that leave with a message, which becomes part of the transcript.
     ByteString Message(HandshakeType type, std::string_view body);
 
     // The messages of a usual handshake.
@@ -49,6 +61,7 @@ private:
     };
 
     void TakeMessages(std::string_view messages);
+    ByteString TakeLeavingRecords();
     const Keys& DeriveKeys();
 
     Endpoint self;
@@ -57,6 +70,8 @@ private:
     ByteString clientRandom;
     ByteString serverRandom;
     Transcript transcript;
+    MessagePacking packing;
+    ByteString waiting;  // messages, or the rest of one, that have not left
     ByteString masterSecret;
     std::optional<Keys> keys;    // none before the first change of cipher spec
     RecordProtection sending;    // none before ChangeCipherSpec

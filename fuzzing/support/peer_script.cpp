@@ -15,6 +15,16 @@ constexpr int kMostSteps = 64;
 constexpr uint8_t kPeerSends = 7;
 constexpr uint8_t kEndpointSends = 8;
 constexpr uint8_t kStartOver = 9;
+constexpr uint8_t kStepKinds = 10;
+
+// The packing number that a step names: all in one record; none of it; the first 1 to 12 bytes; or all in 2 to 13
+// records.
+MessagePacking Packing(unsigned number) {
+    constexpr unsigned kMostFirstBytes = 12;
+    if (number == 0) return {};
+    if (number <= 1 + kMostFirstBytes) return {.leavingBytes = number - 1};
+    return {.records = number - kMostFirstBytes};
+}
 
 HandshakeType TypeFrom(FuzzInput& input) {
     return static_cast<HandshakeType>(input.U8());
@@ -69,7 +79,9 @@ void RunPeerScript(TlsStage stage, FuzzInput& input) {
     TlsConnection& end = stage.end;
     bool agreed = end.HandshakeComplete();  // nothing but data has passed since the handshake
     for (int steps = 0; steps < kMostSteps && !input.AtEnd(); ++steps) {
-        const uint8_t step = input.U8() % 10;
+        const uint8_t choice = input.U8();
+        const uint8_t step = choice % kStepKinds;
+        stage.peer.SetPacking(Packing(choice / kStepKinds));
         const bool failedBefore = end.Failed();
         if (step == kEndpointSends) {
             stage.peer.Read(end.Send(input.Piece()));

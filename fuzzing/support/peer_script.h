@@ -17,7 +17,15 @@ namespace velmora {
 //   8  the endpoint sends data: a length of one byte, the data
 //   9  a byte of minutes pass, and the endpoint starts over with Reset; a server then resumes sessions
 //
-// Any other step counts as the remainder of its division by ten. The input ends after 64 steps.
+// Any other step counts as the remainder of its division by ten. The quotient says how its messages are put into
+// records:
+//
+//   0         all that waits and the message leave in one record
+//   1         nothing leaves: it waits for the next step with a message, with other records between the two if need be
+//   2 to 13   the first 1 to 12 bytes leave, the rest waits
+//   14 to 25  all leaves, in 2 to 13 records of about the same length
+//
+// The input ends after 64 steps.
 //
 // An endpoint that has failed hands out nothing; and as long as nothing but data passes behind a complete handshake,
 // the endpoint hands out what the peer has sent.
