@@ -1,5 +1,6 @@
 #include "tests/xml/document_maker.h"
 
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -101,13 +102,16 @@ ByteString DocumentMaker::NameCharacter() {
     return ByteString(1, kCharacters[Choose(kCharacters.size())]);
 }
 
-// Of any XML character, half of the time one of ASCII.
+// Of any XML character: often of ASCII, and often the first or the last of those with as many bytes.
 unsigned DocumentMaker::CodePoint() {
-    const size_t planes = Choose(4);
+    static constexpr unsigned kLimits[] = {9,     10,     13,     0x20,   0x7F,    0x80,    0x7FF,
+                                           0x800, 0xD7FF, 0xE000, 0xFFFD, 0x10000, 0x10FFFF};
+    const size_t kind = Choose(5);
+    if (kind == 4) return kLimits[Choose(std::size(kLimits))];
     size_t codePoint = Choose(256);
-    if (planes < 2) codePoint %= 128;
-    if (planes >= 2) codePoint += Choose(256) * 0x100;
-    if (planes == 3) codePoint += (1 + Choose(16)) * 0x10000;
+    if (kind < 2) codePoint %= 128;
+    if (kind >= 2) codePoint += Choose(256) * 0x100;
+    if (kind == 3) codePoint += (1 + Choose(16)) * 0x10000;
     return IsXmlCharacter(static_cast<unsigned>(codePoint)) ? static_cast<unsigned>(codePoint) : 'x';
 }
 
