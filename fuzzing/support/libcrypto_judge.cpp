@@ -1,7 +1,9 @@
+#define OPENSSL_SUPPRESS_DEPRECATED  // RC4 without the provider of outdated algorithms
 #include "fuzzing/support/libcrypto_judge.h"
 
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
+#include <openssl/rc4.h>
 
 #include <memory>
 
@@ -61,6 +63,14 @@ ByteString JudgesAes(bool encrypt, bool cfb, const ByteString& key, const ByteSt
     int written = 0;
     EVP_CipherUpdate(context.get(), Unsigned(output), &written, Unsigned(data), static_cast<int>(data.size()));
     Expect(static_cast<size_t>(written) == data.size(), "libcrypto takes the data");
+    return output;
+}
+
+ByteString JudgesRc4(const ByteString& key, const ByteString& data) {
+    RC4_KEY state;
+    RC4_set_key(&state, static_cast<int>(key.size()), Unsigned(key));
+    ByteString output(data.size(), '\0');
+    RC4(&state, data.size(), Unsigned(data), Unsigned(output));
     return output;
 }
 
