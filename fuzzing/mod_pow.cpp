@@ -15,9 +15,9 @@
 namespace velmora {
 namespace {
 
-constexpr size_t kModulusMaxBytes = 600;        // beyond what fits the vector registers
-constexpr size_t kExponentMaxBytes = 40;        // of a short modulus
-constexpr size_t kModulusAndExponentMax = 800;  // their product, or nearly all time would go into a few powers
+constexpr size_t kModulusMaxBytes = 600;  // beyond what fits the vector registers
+constexpr size_t kExponentMaxBytes = 40;  // of a short modulus; a long one has a shorter exponent
+constexpr size_t kWorkMax = 40000;        // bytes of the exponent by the square of those of the modulus
 
 // A piece, repeated up to a length of its own: so a few bytes give long numbers as well.
 ByteString NumberBytes(FuzzInput& input, size_t mostBytes) {
@@ -30,7 +30,7 @@ ByteString NumberBytes(FuzzInput& input, size_t mostBytes) {
 
 ByteString ExponentBytes(FuzzInput& input, const ByteString& modulus) {
     const ByteString exponent = NumberBytes(input, kExponentMaxBytes);
-    return exponent.substr(0, 1 + kModulusAndExponentMax / (1 + modulus.size()));
+    return exponent.substr(0, 1 + kWorkMax / (1 + modulus.size() * modulus.size()));
 }
 
 // Exponents of zero and moduli below two have rules of their own.

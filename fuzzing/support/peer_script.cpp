@@ -9,7 +9,7 @@
 namespace velmora {
 namespace {
 
-constexpr int kMostSteps = 64;
+constexpr int kMostSteps = 24;
 
 // Steps that are more than bytes to be read.
 constexpr uint8_t kPeerSends = 7;
