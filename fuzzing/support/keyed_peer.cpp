@@ -19,6 +19,13 @@ ByteString PreMaster(uint16_t version) {
 KeyedPeer::KeyedPeer(Endpoint endpoint, uint16_t protocolVersion, const CipherSuite& cipherSuite)
     : self(endpoint), version(protocolVersion), suite(cipherSuite) {}
 
+void KeyedPeer::StartOver() {
+    transcript = {};
+    waiting.clear();
+    sending = {};
+    receiving = {};
+}
+
 void KeyedPeer::Read(const ByteString& stream) {
     for (const WireRecord& record : WholeRecords(stream)) {
         const std::optional<ByteString> content = receiving.Unprotect(record.type, version, record.fragment);
@@ -29,14 +36,17 @@ void KeyedPeer::Read(const ByteString& stream) {
     }
 }
 
-// Both hellos have their random behind the version.
+// Both hellos have their random behind the version, and then the session ID.
 void KeyedPeer::TakeMessages(std::string_view messages) {
     transcript.Append(messages);
     for (WireReader reader(messages); !reader.Rest().empty();) {
         const auto type = static_cast<HandshakeType>(reader.U8());
         const ByteString body = reader.Bytes(reader.U24());
         if (type == HandshakeType::kClientHello) clientRandom = body.substr(2, kRandomBytes);
-        if (type == HandshakeType::kServerHello) serverRandom = body.substr(2, kRandomBytes);
+        if (type != HandshakeType::kServerHello) continue;
+        serverRandom = body.substr(2, kRandomBytes);
+        WireReader rest(std::string_view(body).substr(2 + kRandomBytes));
+        sessionId = rest.Bytes(rest.U8());
     }
 }
 
@@ -68,14 +78,14 @@ ByteString KeyedPeer::TakeLeavingRecords() {
 ByteString KeyedPeer::ClientHello() {
     clientRandom = kRandom;
     WireWriter hello;
-    hello.U16(version).Bytes(clientRandom).Bytes8("session").Bytes16(WireWriter().U16(suite.number).Written());
+    hello.U16(version).Bytes(clientRandom).Bytes8(sessionId).Bytes16(WireWriter().U16(suite.number).Written());
     return Message(HandshakeType::kClientHello, hello.U8(1).U8(kNullCompression).Written());
 }
 
 ByteString KeyedPeer::ServerHello() {
     serverRandom = kRandom;
     WireWriter hello;
-    hello.U16(version).Bytes(serverRandom).Bytes8("session").U16(suite.number).U8(kNullCompression);
+    hello.U16(version).Bytes(serverRandom).Bytes8(sessionId).U16(suite.number).U8(kNullCompression);
     return Message(HandshakeType::kServerHello, hello.Written());
 }
 

@@ -32,6 +32,9 @@ class KeyedPeer {
 public:
     KeyedPeer(Endpoint endpoint, uint16_t protocolVersion, const CipherSuite& cipherSuite);
 
+    // Begins a new connection, in the clear. A client then offers the session ID that the server gave it.
+    void StartOver();
+
     bool IsClient() const { return self == Endpoint::kClient; }
 
     // Takes what the endpoint has sent, whole records, up to the first one that has other keys.
@@ -69,6 +72,7 @@ private:
     CipherSuite suite;
     ByteString clientRandom;
     ByteString serverRandom;
+    ByteString sessionId = "session";
     Transcript transcript;
     MessagePacking packing;
     ByteString waiting;  // messages, or the rest of one, that have not left

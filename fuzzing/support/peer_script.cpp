@@ -89,7 +89,9 @@ void RunPeerScript(TlsStage stage, FuzzInput& input) {
         }
         if (step == kStartOver) {
             agreed = false;
+            stage.peer.StartOver();
             StartOver(end, input.U8(), !stage.peer.IsClient());
+            stage.peer.Read(end.Send({}));
             continue;
         }
         if (step == kPeerSends && agreed) {

@@ -15,7 +15,7 @@ namespace velmora {
 //   6  the peer's Finished
 //   7  application data: a length of one byte, the data
 //   8  the endpoint sends data: a length of one byte, the data
-//   9  a byte of minutes pass, and the endpoint starts over with Reset; a server then resumes sessions
+//   9  a byte of minutes pass, and both start over, the endpoint with Reset; a server then resumes sessions
 //
 // Any other step counts as the remainder of its division by ten. The quotient says how its messages are put into
 // records:

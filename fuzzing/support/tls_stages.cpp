@@ -6,7 +6,6 @@
 #include "tests/support/fixed_random.h"
 #include "tests/support/hand_clock.h"
 #include "tests/support/tls_identity.h"
-#include "tls/session_cache.h"
 #include "tls/wire.h"
 
 namespace velmora {
@@ -19,7 +18,7 @@ void ExpectComplete(const TlsConnection& end) {
 }
 
 void AddClientStages(std::vector<TlsStage>& stages, const CipherSuite& suite) {
-    TlsStage stage = {TlsConnection(), KeyedPeer(Endpoint::kServer, kTls10, suite)};
+    TlsStage stage = {TlsConnection(), KeyedPeer(Endpoint::kServer, kTls10, suite), {}};
     TlsConnection& client = stage.end;
     KeyedPeer& server = stage.peer;
     client.verifyCertificates = false;
@@ -43,7 +42,8 @@ void AddClientStages(std::vector<TlsStage>& stages, const CipherSuite& suite) {
 }
 
 void AddServerStages(std::vector<TlsStage>& stages, uint16_t version, const CipherSuite& suite, bool resumes) {
-    TlsStage stage = {TlsConnection(), KeyedPeer(Endpoint::kClient, version, suite)};
+    sessionCache.Clear();
+    TlsStage stage = {TlsConnection(), KeyedPeer(Endpoint::kClient, version, suite), {}};
     TlsConnection& server = stage.end;
     KeyedPeer& client = stage.peer;
     server.resumeSessions = resumes;
@@ -54,6 +54,7 @@ void AddServerStages(std::vector<TlsStage>& stages, uint16_t version, const Ciph
     stages.push_back(stage);
     const CertificateChain& own = ownCertificate();
     server.Feed(client.ClientKeyExchange(own.exponent, own.modulus));
+    stage.sessions = sessionCache;
     stages.push_back(stage);
     server.Feed(client.ChangeCipherSpec());
     stages.push_back(stage);
@@ -103,8 +104,10 @@ const std::vector<TlsStage>& ServerStages() {
 }
 
 TlsStage StageOf(const std::vector<TlsStage>& stages, FuzzInput& input) {
+    const TlsStage& stage = stages[input.U8() % stages.size()];
     SetBack();
-    return stages[input.U8() % stages.size()];
+    sessionCache = stage.sessions;
+    return stage;
 }
 
 void FeedInPieces(TlsConnection& end, size_t pieceBytes, FuzzInput& input) {

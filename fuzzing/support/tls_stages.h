@@ -5,6 +5,7 @@
 
 #include "fuzzing/support/fuzz_input.h"
 #include "fuzzing/support/keyed_peer.h"
+#include "tls/session_cache.h"
 
 namespace velmora {
 
@@ -12,6 +13,7 @@ namespace velmora {
 struct TlsStage {
     TlsConnection end;
     KeyedPeer peer;
+    SessionCache sessions;  // of the process, at that time
 };
 
 // Every stage that a handshake goes through, one for each version and suite that the end speaks: at the start, behind
