@@ -12,6 +12,9 @@ namespace {
 // sockets live through all the stops of a test.
 constexpr int kWinsockReferences = 100;
 
+// More than a test makes: no list of them grows while somebody measures.
+constexpr size_t kMostConnections = 2000;
+
 constexpr int kReceiveBufferBytes = 65536;  // small and fixed: a PBX that stops reading is felt soon
 constexpr DWORD kSendTimeoutMs = kPatienceMs;
 constexpr long kOrderDelayUs = 5000;  // at most, until the PBX's thread carries out an order of the test
@@ -84,6 +87,7 @@ std::string ElementText(const std::string& xml, const std::string& name) {
 PbxPeer::PbxPeer(const std::string& address) {
     InitializeCriticalSection(&lock);
     InitializeConditionVariable(&changed);
+    connections.reserve(kMostConnections);
     WSADATA data;
     for (int count = 0; count < kWinsockReferences; ++count) EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0);
     listener = BoundSocket(address, port);
@@ -202,10 +206,12 @@ void PbxPeer::StopReading() {
 
 // The PBX's thread.
 void PbxPeer::Serve() {
+    std::vector<SOCKET> sockets;
+    sockets.reserve(kMostConnections);
     for (;;) {
         fd_set readable;
         FD_ZERO(&readable);
-        std::vector<SOCKET> sockets;
+        sockets.clear();
         {
             const Locked locked(lock);
             if (stopping) return;

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <tlhelp32.h>
+
 #include <bit>
 #include <cstdint>
 #include <iterator>
@@ -44,6 +46,19 @@ size_t CommittedBytes() {
         if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
     }
     return bytes;
+}
+
+size_t RunningThreads() {
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    EXPECT_NE(snapshot, INVALID_HANDLE_VALUE);
+    THREADENTRY32 thread = {};
+    thread.dwSize = sizeof thread;
+    size_t count = 0;
+    for (BOOL more = Thread32First(snapshot, &thread); more != 0; more = Thread32Next(snapshot, &thread)) {
+        if (thread.th32OwnerProcessID == GetCurrentProcessId()) ++count;
+    }
+    CloseHandle(snapshot);
+    return count;
 }
 
 }  // namespace velmora

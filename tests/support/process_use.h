@@ -15,4 +15,7 @@ size_t HeapBytes();
 // In use as memory of the process alone: heaps and the stacks of its threads.
 size_t CommittedBytes();
 
+// Threads that have started and not ended.
+size_t RunningThreads();
+
 }  // namespace velmora

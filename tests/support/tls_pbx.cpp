@@ -56,7 +56,7 @@ bool TlsPbx::SendStream(const std::string& stream) {
     {
         const CriticalSectionGuard guard(lock);
         records = End(pbx.Connections() - 1).Send(stream);
-        sentBytes += records;
+        if (keepsSent) sentBytes += records;
     }
     if (records.empty()) return true;
     return sendRecords ? sendRecords(records) : pbx.Send(records);

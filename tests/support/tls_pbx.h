@@ -32,6 +32,9 @@ public:
     // thread that sends. To be set before the connection is made.
     std::function<bool(const std::string& records)> sendRecords;
 
+    // Whether SentBytes has anything to give: a test that sends very much has no room for it.
+    bool keepsSent = true;
+
     // All records that the latest end has sent, or given to sendRecords.
     std::string SentBytes();
 
