@@ -112,6 +112,27 @@ std::string ProviderTest::CloseCall(HDRVCALL call) {
     return {};
 }
 
+void ProviderTest::FillTheLink() {
+    registry.Set("username", std::string(15000, 'u'));
+    registry.Set("domain", std::string(15000, 'd'));
+    LogIn();
+    pbx.StopReading();
+    const size_t before = log.Records().size();
+    constexpr size_t kLogins = 400;
+    std::string logins;
+    for (size_t count = 0; count < kLogins; ++count) logins += FrameBytes(1, SessionAccepted("S1", "1800"));
+    EXPECT_TRUE(pbx.SendStream(logins));
+    // Stuck when no record has come for a while, long before all of them are answered.
+    size_t records = 0;
+    double sinceMs = PreciseMs();
+    EXPECT_TRUE(log.WaitUntil([&](const std::vector<LogRecord>& found) {
+        if (found.size() != records) sinceMs = PreciseMs();
+        records = found.size();
+        return PreciseMs() - sinceMs > 300;
+    }));
+    EXPECT_LT(records, before + 2 * kLogins) << "the provider has sent everything";
+}
+
 LogTexts ProviderTest::Recorded(const std::function<void()>& action) {
     const size_t before = log.Records().size();
     action();

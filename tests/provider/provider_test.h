@@ -82,6 +82,10 @@ protected:
     // Closes a call, which returns 0, and gives the ClearConnection that the PBX gets for it.
     std::string CloseCall(HDRVCALL call);
 
+    // Logs in with an account so long that each MonitorStart and MakeCall takes some 30 KB, has the PBX stop reading,
+    // and lets the session thread send MonitorStarts until it gets no further.
+    void FillTheLink();
+
     // The texts that an action has left in the log.
     LogTexts Recorded(const std::function<void()>& action);
 
