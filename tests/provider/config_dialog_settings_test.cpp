@@ -7,6 +7,7 @@
 #include "tests/provider/config_dialog.h"
 #include "tests/support/import_hook.h"
 #include "tests/support/log_reader.h"
+#include "tests/support/read_only_key.h"
 
 // What the dialog shows, and what is stored when it closes.
 
@@ -196,6 +197,22 @@ TEST_F(ConfigDialogTest, ClosesOnOkEvenWhenNothingCanBeSavedAndOnlyLogsIt) {
     logged.insert(logged.end(), 11, message);
     EXPECT_EQ(log.TextsOfLevel(7), logged);
     EXPECT_EQ(StoredValues(), stored);
+}
+
+// As for most users where an administrator has closed the key.
+TEST_F(ConfigDialogTest, ShowsTheDefaultsAndClosesOnOkWhereNothingCanBeRead) {
+    Store(kStored);
+    {
+        const ClosedKey closed;
+        OpenDialog dialog(providerConfig);
+        EXPECT_EQ(dialog->Text(kUsername), "");
+        EXPECT_EQ(dialog->Text(kPort), "443");
+        dialog.SetFields(kEntered);
+        dialog->Click(kOk);
+        dialog.ExpectReturn();
+        EXPECT_EQ(UsernameInMemory(), kEntered.at("username"));
+    }
+    EXPECT_EQ(StoredValues(), kStored);
 }
 
 // The error crosses the window system's frames on its way to the host. Wine lets it pass, so here the caller of the

@@ -22,6 +22,10 @@ void Allow(const char* accessList) {
     RegCloseKey(key);
 }
 
+void AllowAll() {
+    Allow("D:P(A;;KA;;;WD)");
+}
+
 }  // namespace
 
 ReadOnlyKey::ReadOnlyKey() {
@@ -29,7 +33,17 @@ ReadOnlyKey::ReadOnlyKey() {
 }
 
 ReadOnlyKey::~ReadOnlyKey() {
-    Allow("D:P(A;;KA;;;WD)");
+    AllowAll();
+}
+
+ClosedKey::ClosedKey() {
+    Allow("D:P(A;;RCWD;;;WD)");
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, kRegistryPath, 0, KEY_QUERY_VALUE, &key), ERROR_ACCESS_DENIED);
+}
+
+ClosedKey::~ClosedKey() {
+    AllowAll();
 }
 
 }  // namespace velmora
