@@ -23,7 +23,7 @@ harm. The line's permanent ID is shown for a provider whose permanent ID is 1.
   --tsp PATH  the provider (velmora.tsp beside velmoractl.exe, else in System32)
 
 Exit code: 0 done, 2 wrong command line, 3 the provider cannot be loaded, 4 a setting
-is wrong, 1 anything else.
+is wrong, 10 no right to read the settings, 1 anything else.
 )";
 
 constexpr size_t kFieldWidth = 24;

@@ -38,7 +38,7 @@ how long it took; the steps behind one that failed are not tried.
 Exit code: 0 all is well, 2 wrong command line, 4 a setting is wrong, 12 the name has no
 address, 5 no connection to the PBX, 11 no TLS with it, 6 login refused or not answered,
 13 monitoring refused or not answered, 7 call refused, 8 call not answered, 14 call not
-cleared, 1 interrupted.
+cleared, 10 no right to read the settings, 1 interrupted.
 )";
 
 struct CheckOptions {

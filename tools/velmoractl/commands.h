@@ -15,6 +15,7 @@ struct Command {
     std::string_view help;     // the whole help text
     std::span<const OptionRule> options;
     ExitCode (*run)(const Arguments& arguments);
+    bool needsSettings = true;  // it does not run where the settings may not be read
 };
 
 extern const Command kDialCommand;

@@ -38,7 +38,7 @@ when it starts the provider anew.
   guid           identity of this installation, 8-4-4-4-12 hexadecimal digits
 
 Exit code: 0 done, 2 wrong command line, 4 the value is refused, 10 the registry cannot
-be written.
+be read or written.
 )";
 
 constexpr size_t kNameWidth = 15;

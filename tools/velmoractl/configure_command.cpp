@@ -25,8 +25,8 @@ the next time. Run it as administrator: the settings belong to the whole machine
   --tsp PATH  the provider (velmora.tsp beside velmoractl.exe, else in System32)
 
 Exit code: 0 the dialog was closed, 2 wrong command line, 3 the provider cannot be
-loaded, 4 a stored setting keeps the dialog from opening, 10 no right to save,
-1 anything else.
+loaded, 4 a stored setting keeps the dialog from opening, 10 no right to read
+or save them, 1 anything else.
 )";
 
 constexpr DWORD kPermanentProviderId = 1;  // any number would do

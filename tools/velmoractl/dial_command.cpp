@@ -42,7 +42,7 @@ as administrator. Ctrl+C closes the call.
 Exit code: 0 the PBX bound the call, 2 wrong command line, 3 the provider cannot be
 loaded, 4 a setting is wrong, 5 no connection to the PBX, 6 login refused or not
 answered, 7 call refused, 8 call not answered, 9 the answers cannot be seen,
-11 encryption failed, 1 anything else.
+11 encryption failed, 10 no right to read the settings, 1 anything else.
 )";
 
 struct DialOptions {

@@ -14,7 +14,7 @@ enum class ExitCode {
     kCallRefused = 7,        // the PBX or the provider refused the call
     kCallNotAnswered = 8,    // the PBX did not answer the call request
     kNotVisible = 9,         // the trace log could not be read, so the outcome is not known
-    kRegistry = 10,          // the registry cannot be written
+    kRegistry = 10,          // the registry cannot be read, or not be written
     kNoEncryption = 11,      // the PBX is reached, but not with TLS
     kNotResolved = 12,       // the PBX's host name has no address
     kNotMonitored = 13,      // the PBX refused to monitor the user's device, or did not answer

@@ -176,7 +176,7 @@ ExitCode Remove(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kInstallCommand = {"install", "adds the provider to TAPI", kInstallHelp, kInstallOptions, Install};
-const Command kRemoveCommand = {"remove", "removes the provider from TAPI", kRemoveHelp, kRemoveOptions, Remove};
+const Command kInstallCommand = {"install", "adds the provider to TAPI", kInstallHelp, kInstallOptions, Install, false};
+const Command kRemoveCommand = {"remove", "removes the provider from TAPI", kRemoveHelp, kRemoveOptions, Remove, false};
 
 }  // namespace velmora::ctl

@@ -12,6 +12,7 @@
 #include "tools/velmoractl/log_view.h"
 #include "tools/velmoractl/plain_text.h"
 #include "tools/velmoractl/setting_writer.h"
+#include "tools/velmoractl/settings_access.h"
 #include "tools/velmoractl/stored_settings.h"
 
 namespace velmora::ctl {
@@ -51,7 +52,7 @@ The service takes the settings at its next start, and begins the log anew then:
   net start tapisrv
 
 Exit code: 0 done, 2 wrong command line, 4 a value is refused, 9 there is no log or it
-cannot be read, 10 the registry cannot be written.
+cannot be read, 10 the registry cannot be read or written.
 )";
 
 constexpr uint32_t kHighest = INT32_MAX;
@@ -218,12 +219,13 @@ ExitCode Run(const Arguments& arguments) {
     if (options.action == "follow") {
         return FollowLog(static_cast<int32_t>(options.level.value_or(kMessagesLevel)), options.brief);
     }
+    if (!options.file && !MayReadSettings()) return ExitCode::kRegistry;
     const ByteString path = options.file ? *options.file : EffectiveText("logfile");
     return Show(path, static_cast<int32_t>(options.level.value_or(kHighest)), options.brief);
 }
 
 }  // namespace
 
-const Command kLogCommand = {"log", "shows the trace log, turns it on and off", kHelp, kOptions, Run};
+const Command kLogCommand = {"log", "shows the trace log, turns it on and off", kHelp, kOptions, Run, false};
 
 }  // namespace velmora::ctl

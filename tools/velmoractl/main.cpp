@@ -4,6 +4,7 @@
 #include "tools/velmoractl/console.h"
 #include "tools/velmoractl/interrupt.h"
 #include "tools/velmoractl/plain_text.h"
+#include "tools/velmoractl/settings_access.h"
 
 namespace velmora::ctl {
 namespace {
@@ -43,6 +44,7 @@ ExitCode RunCommand(const Command& command, std::span<const ByteString> words) {
         Print(command.help);
         return ExitCode::kDone;
     }
+    if (command.needsSettings && !MayReadSettings()) return ExitCode::kRegistry;
     CatchInterrupts();
     return command.run(arguments);
 }

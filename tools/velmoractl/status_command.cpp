@@ -25,8 +25,8 @@ no administrator is needed.
 
 Exit code: 0 ready, 2 wrong command line, 16 velmora.tsp is not in System32, 17 it is not
 a 64-bit library, 18 TAPI does not know it, 19 the telephony service is not there or is
-disabled, 4 a setting is missing or wrong. A stopped telephony service is no fault: it
-starts when it is needed.
+disabled, 4 a setting is missing or wrong, 10 no right to read them. A stopped telephony
+service is no fault: it starts when it is needed.
 )";
 
 ExitCode Run(const Arguments& arguments) {

@@ -432,6 +432,30 @@ TEST_F(ConfigTest, RefusesAWrongCommandLine) {
     }
 }
 
+// Where an administrator has closed the key to ordinary users.
+TEST(ClosedSettings, AreToldFromSettingsThatAreNotThere) {
+    RegistryScope registry;
+    registry.Set("username", "40");
+    const ClosedKey closed;
+    for (const char* arguments : {"config get", "config get username", "config set port 443", "configure", "caps",
+                                  "check", "check --json", "dial 4930", "log", "status"}) {
+        SCOPED_TRACE(arguments);
+        const Ended ended = RunCtl(arguments);
+        EXPECT_EQ(ended.exitCode, 10U);
+        EXPECT_EQ(ended.lines,
+                  (Lines{"velmoractl: this user may not read the settings in "
+                         "HKEY_LOCAL_MACHINE\\SOFTWARE\\velmora\\tapi. Run velmoractl as administrator."}));
+    }
+}
+
+TEST(ClosedSettings, KeepNobodyFromHelpAndFromALogThatIsNamed) {
+    RegistryScope registry;
+    registry.Set("username", "40");
+    const ClosedKey closed;
+    EXPECT_EQ(RunCtl("config --help").exitCode, 0U);
+    EXPECT_TRUE(RunCtl("log show nosuch.log").Printed("nosuch.log is not there"));
+}
+
 // What the dialog itself does is tested in a window of its own; here it never opens.
 
 TEST_F(ConfigureTest, NamesTheSettingThatKeepsTheDialogFromOpening) {
