@@ -14,9 +14,9 @@ constexpr size_t kUsualFrames = 200000;
 constexpr size_t kWarmUpBursts = 100;
 constexpr size_t kBurstFrames = 500;  // some 120 KB, of which the last is one that the provider answers
 constexpr size_t kMostRecordBytes = 3000;
-// One a frame. Each of the provider's four buffers may come to hold a burst once, and then keeps the room, at most
-// twice as much as it needed.
-constexpr size_t kNoiseBytes = 1024 * 1024;
+// Each of the provider's four buffers may come to hold a burst once, and then keeps the room, at most twice what it
+// needed. Not even the smallest leak is as small: ten bytes a frame.
+constexpr size_t kNoiseBytes = 2 * 1024 * 1024;
 
 // A message of a PBX, in any of its kinds and sizes, that the provider does not answer. Some are no XML.
 std::string AnyMessage(SeededBytes& random) {
