@@ -24,13 +24,13 @@ namespace velmora {
 // Bytes without a pattern that anything could profit from, the same for everybody. They stay where they are.
 const ByteString& SomeBytes(size_t count);
 
-constexpr size_t kAesIvBytes = 16;
-constexpr size_t kRc4KeyBytes = 16;
+inline constexpr size_t kAesIvBytes = 16;
+inline constexpr size_t kRc4KeyBytes = 16;
 
 // The key block of the suite AES-128 with SHA-1.
-constexpr size_t kPrfSecretBytes = 48;
-constexpr size_t kPrfSeedBytes = 64;
-constexpr size_t kPrfBytes = 104;
+inline constexpr size_t kPrfSecretBytes = 48;
+inline constexpr size_t kPrfSeedBytes = 64;
+inline constexpr size_t kPrfBytes = 104;
 inline const ByteString kPrfLabel = "key expansion";
 
 template <typename Library, typename Work>

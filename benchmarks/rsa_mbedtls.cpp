@@ -10,7 +10,7 @@ namespace {
 using KeyPointer = std::shared_ptr<mbedtls_rsa_context>;
 
 KeyPointer TheirKey(const RsaNumbers& key) {
-    const KeyPointer made(new mbedtls_rsa_context, [](mbedtls_rsa_context* pointer) {
+    KeyPointer made(new mbedtls_rsa_context, [](mbedtls_rsa_context* pointer) {
         mbedtls_rsa_free(pointer);
         delete pointer;
     });

@@ -11,7 +11,7 @@ namespace {
 using KeyPointer = std::shared_ptr<rsa_private_key>;
 
 KeyPointer TheirKey(const RsaNumbers& key) {
-    const KeyPointer made(new rsa_private_key, [](rsa_private_key* pointer) {
+    KeyPointer made(new rsa_private_key, [](rsa_private_key* pointer) {
         rsa_private_key_clear(pointer);
         delete pointer;
     });
