@@ -4,7 +4,7 @@
 
 namespace velmora {
 
-uint64_t handClockMs = 3600000;
+std::atomic<uint64_t> handClockMs = 3600000;
 
 uint32_t TickCount32() {
     return static_cast<uint32_t>(handClockMs);
