@@ -1,26 +1,20 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "tests/support/log_records.h"
+
 namespace velmora {
+
+using LogTexts = std::vector<std::string>;
 
 // The trace log's file, read while the provider writes it.
 //
 // The provider writes in text mode: each "\n" reaches the disk as CR LF. A record, which ends in "\r\n", so ends in
 // CR CR LF there, and so does each line of a CSTA message inside one.
-
-struct LogRecord {
-    uint64_t elapsedMs = 0;  // since the provider was loaded
-    int level = 0;
-    std::string text;  // as it was handed to the log
-};
-
-using LogTexts = std::vector<std::string>;
-
 class LogReader {
 public:
     // The file need not exist yet; one left by an earlier test is removed.
