@@ -29,6 +29,11 @@ if(VELMORA_SANITIZE)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(VELMORA_THREADS)
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=thread)
+endif()
+
 if(VELMORA_COVERAGE)
     add_compile_options(--coverage)
     add_link_options(--coverage)
