@@ -43,20 +43,23 @@ public:
         return -1;
     }
 
-    // Ends the calls that wait.
-    void Cancel() {
+    // Ends the calls that wait. False when it is closed.
+    bool Cancel() {
         const std::lock_guard guard(waitersLock);
         WakeWaiters(POLLIN | POLLOUT);
+        return !closed.load(std::memory_order_relaxed);
     }
 
-    void Close() {
+    // False when it has been closed before.
+    bool Close() {
         {
             const std::lock_guard guard(waitersLock);
-            if (closed.exchange(true, std::memory_order_relaxed)) return;
+            if (closed.exchange(true, std::memory_order_relaxed)) return false;
             WakeWaiters(POLLIN);
         }
         const std::unique_lock use(inUse);
         close(descriptor);
+        return true;
     }
 
     std::atomic<int> sendTimeoutMs = -1;  // negative: none
@@ -180,16 +183,12 @@ SOCKET socket(int family, __socket_type type, int protocol) {
 
 int closesocket(SOCKET socket) {
     Socket* found = Find(socket);
-    if (found == nullptr) return Fail(ENOTSOCK);
-    found->Close();
-    return 0;
+    return found != nullptr && found->Close() ? 0 : Fail(ENOTSOCK);
 }
 
 BOOL CancelIoEx(HANDLE socket, void* /*overlapped*/) {
     Socket* found = Find(reinterpret_cast<SOCKET>(socket));
-    if (found == nullptr) return 0;
-    found->Cancel();
-    return 1;
+    return found != nullptr && found->Cancel() ? 1 : 0;
 }
 
 // The time that a send may take is a DWORD with milliseconds.
@@ -250,8 +249,7 @@ int recv(SOCKET socket, char* bytes, int count, int flags) {
     });
 }
 
-int select(int /*ignored*/, WinsockSet* readable, WinsockSet* /*writable*/, WinsockSet* /*failed*/,
-           const timeval* timeout) {
+int select(int /*ignored*/, WinsockSet* readable, WinsockSet* /*writable*/, WinsockSet* /*failed*/, timeval* timeout) {
     // A copy of each descriptor, which nobody else closes.
     std::vector<pollfd> polled;
     bool known = true;

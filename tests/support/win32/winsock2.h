@@ -77,4 +77,4 @@ inline bool FD_ISSET(SOCKET socket, const WinsockSet* set) {
 
 // Waits for reading only; writable and failed are null. A socket that is closed meanwhile is noticed when the time is
 // over.
-int select(int ignored, WinsockSet* readable, WinsockSet* writable, WinsockSet* failed, const timeval* timeout);
+int select(int ignored, WinsockSet* readable, WinsockSet* writable, WinsockSet* failed, timeval* timeout);
