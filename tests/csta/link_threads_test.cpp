@@ -313,12 +313,17 @@ TEST_P(LinkThreadsTest, StopsAtAnyMoment) {
         Start(pbx);
         EXPECT_TRUE(pbx.peer.WaitForConnections(1));
         {
+            std::atomic<bool> ending = false;
             const Dialling dialling;
-            WorkerThread pouring([&] { pbx.SendEvents(0, 100000); });
+            WorkerThread pouring([&] {
+                while (!ending && pbx.SendEvents(0, 10)) {
+                }
+            });
             // From the connection's making on, through handshake and login, up to a link in full use.
             EXPECT_TRUE(pbx.peer.WaitForBytes(round * round * 100));
             handClockMs += kRenewalMs;
             Stop();
+            ending = true;
         }
         pbx.ExpectWholeFramesInOrder();
     }
