@@ -6,6 +6,7 @@
 // and what builds on windows.h behind it
 #include "csta/critical_section.h"
 
+#include <functional>
 #include <string>
 
 #include "tests/support/worker_thread.h"

@@ -4,9 +4,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <ctime>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "tests/support/process_use.h"
 
