@@ -10,7 +10,6 @@
 namespace velmora {
 namespace {
 
-constexpr DWORD kPollMs = 5;
 constexpr int kTextBytes = 1024;
 
 BOOL CALLBACK CollectDialog(HWND window, LPARAM dialogs) {
@@ -97,15 +96,6 @@ UnmanagedWindows::UnmanagedWindows() {
 
 UnmanagedWindows::~UnmanagedWindows() {
     if (IsWine()) RegDeleteTreeA(HKEY_CURRENT_USER, WineSettingsPath().c_str());
-}
-
-bool WaitUntil(const std::function<bool()>& condition) {
-    const ULONGLONG deadline = GetTickCount64() + kPatienceMs;
-    while (!condition()) {
-        if (GetTickCount64() > deadline) return false;
-        Sleep(kPollMs);
-    }
-    return true;
 }
 
 DialogWindow::DialogWindow(const std::string& caption) : window(nullptr) {

@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <functional>
 #include <string>
 
 namespace velmora {
@@ -21,9 +20,6 @@ public:
     UnmanagedWindows(const UnmanagedWindows&) = delete;
     UnmanagedWindows& operator=(const UnmanagedWindows&) = delete;
 };
-
-// Waits until a condition holds; whether it did before patience ran out. For what another thread has to bring about.
-bool WaitUntil(const std::function<bool()>& condition);
 
 // A dialog that another thread of this program shows, used as a person uses it: looked at, typed into, clicked.
 //

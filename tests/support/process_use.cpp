@@ -6,7 +6,6 @@
 #include <tlhelp32.h>
 
 #include <bit>
-#include <cstdint>
 #include <iterator>
 
 namespace velmora {
@@ -21,6 +20,19 @@ size_t OpenHandles() {
         if (GetHandleInformation(std::bit_cast<HANDLE>(value), &flags) != 0) ++count;
     }
     return count;
+}
+
+std::vector<uint32_t> ThreadIds() {
+    std::vector<uint32_t> ids;
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    EXPECT_NE(snapshot, INVALID_HANDLE_VALUE);
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    for (BOOL found = Thread32First(snapshot, &entry); found != 0; found = Thread32Next(snapshot, &entry)) {
+        if (entry.th32OwnerProcessID == GetCurrentProcessId()) ids.push_back(entry.th32ThreadID);
+    }
+    CloseHandle(snapshot);
+    return ids;
 }
 
 size_t HeapBytes() {
@@ -49,16 +61,7 @@ size_t CommittedBytes() {
 }
 
 size_t RunningThreads() {
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    EXPECT_NE(snapshot, INVALID_HANDLE_VALUE);
-    THREADENTRY32 thread = {};
-    thread.dwSize = sizeof thread;
-    size_t count = 0;
-    for (BOOL more = Thread32First(snapshot, &thread); more != 0; more = Thread32Next(snapshot, &thread)) {
-        if (thread.th32OwnerProcessID == GetCurrentProcessId()) ++count;
-    }
-    CloseHandle(snapshot);
-    return count;
+    return ThreadIds().size();
 }
 
 }  // namespace velmora

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace velmora {
 
@@ -15,7 +17,8 @@ size_t HeapBytes();
 // In use as memory of the process alone: heaps and the stacks of its threads.
 size_t CommittedBytes();
 
-// Threads that have started and not ended.
+// Threads that have started and not ended: their IDs, and how many they are.
+std::vector<uint32_t> ThreadIds();
 size_t RunningThreads();
 
 }  // namespace velmora

@@ -39,6 +39,11 @@ ProviderHost::ProviderHost() : module(LoadLibraryA(PathBesideProgram("velmora.ts
     Find(lineGetCallAddressID, "TSPI_lineGetCallAddressID");
 }
 
+void ProviderHost::Unload() const {
+    EXPECT_NE(FreeLibrary(module), 0);
+    EXPECT_EQ(GetModuleHandleA("velmora.tsp"), nullptr) << "somebody still holds the provider";
+}
+
 FARPROC ProviderHost::Export(const char* name) const {
     const FARPROC address = GetProcAddress(module, name);
     EXPECT_NE(address, nullptr) << name << " is not exported";

@@ -28,8 +28,12 @@ inline constexpr DWORD kTspiVersion = 0x00020002;
 std::string PathBesideProgram(const std::string& name);
 
 struct ProviderHost {
-    // Loads the provider and looks the exports up. It stays loaded until the process ends: its threads run in it.
+    // Loads the provider and looks the exports up. It stays loaded until Unload, or the process ends: its threads run
+    // in it.
     ProviderHost();
+
+    // Unloads it, when no thread runs in it any more. The next one loaded starts with its state as new.
+    void Unload() const;
 
     // Any export; null, and a failed test, when it is missing.
     FARPROC Export(const char* name) const;

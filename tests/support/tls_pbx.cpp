@@ -22,15 +22,10 @@ bool TlsPbx::Failed() {
 }
 
 bool TlsPbx::WaitForAlert() {
-    const double deadline = PreciseMs() + kPatienceMs;
-    while (PreciseMs() < deadline) {
-        {
-            const CriticalSectionGuard guard(lock);
-            if (alerted) return true;
-        }
-        Sleep(1);
-    }
-    return false;
+    return WaitUntil([this] {
+        const CriticalSectionGuard guard(lock);
+        return alerted;
+    });
 }
 
 // Only in a handshake has this end anything to answer. Behind it, a send may be under way that ends only when the

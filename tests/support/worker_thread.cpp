@@ -41,6 +41,15 @@ void RunAtOnce(size_t count, const std::function<void(size_t)>& call) {
     }
 }
 
+bool WaitUntil(const std::function<bool()>& condition) {
+    const double deadline = PreciseMs() + kPatienceMs;
+    while (!condition()) {
+        if (PreciseMs() > deadline) return false;
+        Sleep(1);
+    }
+    return true;
+}
+
 double PreciseMs() {
     LARGE_INTEGER count;
     LARGE_INTEGER countsPerSecond;

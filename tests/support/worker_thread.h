@@ -34,6 +34,9 @@ private:
 // Makes a call as often as this, all at once on a thread each, with the numbers from 0 on, and waits for their ends.
 void RunAtOnce(size_t count, const std::function<void(size_t)>& call);
 
+// Waits until a condition holds; whether it did before patience ran out. For what another thread has to bring about.
+bool WaitUntil(const std::function<bool()>& condition);
+
 // Milliseconds on a clock finer than the system's tick counters, for what a test measures.
 double PreciseMs();
 
