@@ -10,6 +10,7 @@
 #include "tests/support/expat_tree.h"
 #include "tests/xml/document_maker.h"
 #include "tests/xml/outline.h"
+#include "xml/xml_node.h"
 
 namespace velmora {
 namespace {
@@ -32,15 +33,16 @@ bool IsAscii(const ByteString& text) {
 
 // Takes the white space in attribute values for spaces; false when a name has letters outside ASCII. It recurses, so it
 // is for trees of usual depth.
-bool Normalize(XmlNode& element) {
+template <typename Node>
+bool Normalize(Node& element) {
     if (!IsAscii(element.prefix + element.localName)) return false;
-    for (XmlAttribute& attribute : element.attributes) {
+    for (auto& attribute : element.attributes) {
         if (!IsAscii(attribute.prefix + attribute.localName)) return false;
         for (char& byte : attribute.value) {
             if (byte == '\t' || byte == '\n') byte = ' ';
         }
     }
-    for (XmlNode& child : element.children) {
+    for (Node& child : element.children) {
         if (!Normalize(child)) return false;
     }
     return true;
@@ -56,7 +58,7 @@ struct ComparedDocuments {
     size_t count = 0;
 } compared;
 
-void Compare(const XmlNode& ours, const XmlNode& expats) {
+void Compare(const XmlNode& ours, const PlainNode& expats) {
     ++compared.count;
     Expect(outline(ours) == outline(expats), "a well-formed document is read as Expat reads it");
 }

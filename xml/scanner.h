@@ -1,8 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -32,10 +32,12 @@ constexpr std::array<bool, 256> nameByteTable() {
 // A document that is read from front to back. What is taken is a view into the document, not a copy.
 class Scanner {
 public:
-    explicit Scanner(std::string_view document) : input(document) {}
+    explicit Scanner(std::string_view document) : position(document.data()), end(position + document.size()) {}
 
-    bool atEnd() const { return position == input.size(); }
-    bool at(std::string_view token) const { return input.substr(position).starts_with(token); }
+    bool atEnd() const { return position == end; }
+    bool at(std::string_view token) const {
+        return left() >= token.size() && std::memcmp(position, token.data(), token.size()) == 0;
+    }
 
     // Passes over token if it comes next, and tells whether it did.
     bool take(std::string_view token) {
@@ -46,9 +48,9 @@ public:
 
     // The bytes before the next token; without one, all the rest.
     std::string_view takeUpTo(std::string_view token) {
-        const size_t start = position;
-        position = std::min(input.find(token, start), input.size());
-        return input.substr(start, position - start);
+        const std::string_view before = rest().substr(0, rest().find(token));
+        position += before.size();
+        return before;
     }
 
     // Likewise, and passes over the token.
@@ -60,9 +62,9 @@ public:
 
     // The name that comes next; empty when none does.
     std::string_view takeName() {
-        const size_t start = position;
-        if (!atEnd() && isNameStart(input[start])) skipNameBytes();
-        return input.substr(start, position - start);
+        const char* const start = position;
+        if (!atEnd() && isNameStart(*start)) skipNameBytes();
+        return {start, static_cast<size_t>(position - start)};
     }
 
     // Passes over the name that comes next. When it begins with likely, a name taken before, those bytes need not be
@@ -79,30 +81,33 @@ public:
     // over what ended it. None when nothing does, or when the document is at its end.
     std::optional<std::string_view> takeValue() {
         if (atEnd()) return {};
-        const char quote = input[position];
+        const char quote = *position;
         const bool quoted = quote == '"' || quote == '\'';
-        const size_t start = quoted ? position + 1 : position;
-        const size_t end = quoted ? input.find(quote, start) : input.find_first_of(" \t\r\n", start);
-        if (end == std::string_view::npos) return {};
-        position = end + 1;
-        return input.substr(start, end - start);
+        const std::string_view value = rest().substr(quoted ? 1 : 0);
+        const size_t bytes = quoted ? value.find(quote) : value.find_first_of(" \t\r\n");
+        if (bytes == std::string_view::npos) return {};
+        position = value.data() + bytes + 1;
+        return value.substr(0, bytes);
     }
 
     void skipWhitespace() {
-        while (!atEnd() && isWhitespace(input[position])) ++position;
+        while (!atEnd() && isWhitespace(*position)) ++position;
     }
 
-    void skipRest() { position = input.size(); }
+    void skipRest() { position = end; }
 
 private:
     static constexpr std::array<bool, 256> kNameBytes = nameByteTable();
 
+    size_t left() const { return static_cast<size_t>(end - position); }
+    std::string_view rest() const { return {position, left()}; }
+
     void skipNameBytes() {
-        while (!atEnd() && kNameBytes[static_cast<unsigned char>(input[position])]) ++position;
+        while (!atEnd() && kNameBytes[static_cast<unsigned char>(*position)]) ++position;
     }
 
-    std::string_view input;
-    size_t position = 0;  // in input, of the next byte
+    const char* position;  // of the next byte
+    const char* end;
 };
 
 }  // namespace velmora

@@ -28,17 +28,19 @@ const XmlNode* findChild(const XmlNode& element, std::string_view name) {
 
 }  // namespace
 
-XmlNode::XmlNode(const ByteString& document, bool matchCase) : caseSensitive(matchCase) {
+XmlNode::XmlNode(const ByteString& document, bool matchCase) : XmlNode(QualifiedName(), matchCase) {
     parseDocument(document, *this);
 }
 
-// Left to itself, a list of children would destroy each child with its own list, in a recursion as deep as the tree.
-// Here every child first hands its children up, so that it goes without any.
+// Left to itself, each child would destroy its own children, in a recursion as deep as the tree. Here every child first
+// hands its children up, so that it goes without any.
 XmlNode::~XmlNode() {
     while (!children.empty()) {
-        children.splice(children.end(), children.front().children);
-        children.pop_front();
+        XmlNode& child = children.takeFront();
+        children.appendAll(child.children);
+        child.~XmlNode();
     }
+    while (!attributes.empty()) attributes.takeFront().~XmlAttribute();
 }
 
 const ByteString& XmlNode::textAt(std::string_view path) const {

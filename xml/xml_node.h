@@ -1,10 +1,10 @@
 #pragma once
 
-#include <list>
 #include <string_view>
-#include <vector>
 
 #include "config/byte_string.h"
+#include "xml/xml_list.h"
+#include "xml/xml_memory.h"
 
 namespace velmora {
 
@@ -14,13 +14,24 @@ namespace velmora {
 // Nothing here reports an error: a malformed document gives the tree of what was recognised in it (xml_parser.h tells
 // the rules). A document may nest as deep as it is long: no operation recurses.
 
-struct XmlAttribute {
-    ByteString prefix;     // of the name, before its first ":"; empty when there is none
-    ByteString localName;  // of the name, after its first ":"; the whole name when there is none
-    ByteString value;      // without its quotes, entities decoded
+// A name in its parts.
+struct QualifiedName {
+    std::string_view prefix;     // before its first ":"; empty when there is none
+    std::string_view localName;  // after its first ":"; the whole name when there is none
 };
 
-// One element, with everything in it. It can be moved into a new node, which copies nothing.
+struct XmlAttribute {
+    // An attribute of that name, its value yet to come.
+    explicit XmlAttribute(const QualifiedName& name) : prefix(name.prefix), localName(name.localName) {}
+
+    ByteString prefix;
+    ByteString localName;
+    ByteString value;              // without its quotes, entities decoded
+    XmlAttribute* next = nullptr;  // in the attributes of its element
+};
+
+// One element, with everything in it. A root owns the memory of all that is below it: it can be moved into a new node,
+// which copies nothing, and whatever else is of the tree ends with it.
 struct XmlNode {
     // An element without a name and with nothing in it.
     XmlNode() = default;
@@ -28,6 +39,10 @@ struct XmlNode {
     // Parses a whole document; the node becomes its root element. An empty document leaves every field empty.
     // With matchCase false, names are lower-cased as they are read, and the path of textAt as well ("A" to "Z" only).
     XmlNode(const ByteString& document, bool matchCase);
+
+    // An element of that name with nothing in it, for a parser to fill.
+    XmlNode(const QualifiedName& name, bool matchCase)
+        : prefix(name.prefix), localName(name.localName), caseSensitive(matchCase) {}
 
     XmlNode(XmlNode&& other) noexcept = default;
     XmlNode(const XmlNode&) = delete;
@@ -42,12 +57,14 @@ struct XmlNode {
     // can bear it, the result is empty.
     const ByteString& textAt(std::string_view path) const;
 
-    ByteString prefix;                     // of the name, before its first ":"; empty when there is none
-    ByteString localName;                  // of the name, after its first ":"; the whole name when there is none
-    std::vector<XmlAttribute> attributes;  // in document order
-    std::list<XmlNode> children;           // in document order; a list, as an element stays in place while it is read
-    ByteString text;                       // its own text, not that of its children; always empty in a root
-    bool caseSensitive = true;             // fixed at construction, the same in the whole tree
+    ByteString prefix;
+    ByteString localName;
+    XmlList<XmlAttribute> attributes;  // in document order
+    XmlList<XmlNode> children;         // in document order
+    ByteString text;                   // its own text, not that of its children; always empty in a root
+    bool caseSensitive = true;         // fixed at construction, the same in the whole tree
+    XmlNode* next = nullptr;           // in the children of its parent; nullptr in a root
+    XmlMemory memory;                  // of all that is below a root; empty in any other element
 };
 
 }  // namespace velmora

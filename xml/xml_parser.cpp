@@ -1,6 +1,8 @@
 #include "xml/xml_parser.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -24,18 +26,49 @@ constexpr std::string_view kTagEnd = ">";
 constexpr std::string_view kEmptyTagEnd = "/>";
 constexpr std::string_view kEquals = "=";
 
-constexpr size_t kUsualDepth = 8;  // elements; deeper documents are read as well
+constexpr size_t kUsualDepth = 4;  // elements; deeper documents are read as well
+constexpr size_t kLeastBlockBytes = 512;
+constexpr size_t kMostBlockBytes = 16384;
+
+// Makes the elements and attributes of a tree, one behind the other, in the memory that its root owns. They take about
+// three times the bytes of a CSTA message, so blocks of the message's length are few and leave little over.
+class Maker {
+public:
+    Maker(XmlMemory& treeMemory, size_t documentBytes)
+        : memory(treeMemory), blockBytes(std::clamp(documentBytes, kLeastBlockBytes, kMostBlockBytes)) {}
+
+    template <typename Item, typename... Parts>
+    Item& make(const Parts&... parts) {
+        static_assert(sizeof(Item) <= kLeastBlockBytes);
+        static_assert(alignof(Item) == alignof(void*), "where an item ends, the next can start");
+        if (bytesLeft < sizeof(Item)) {
+            unused = memory.addBlock(blockBytes);
+            bytesLeft = blockBytes;
+        }
+        Item& item = *new (unused) Item(parts...);
+        unused += sizeof(Item);
+        bytesLeft -= sizeof(Item);
+        return item;
+    }
+
+private:
+    XmlMemory& memory;
+    size_t blockBytes;
+    std::byte* unused = nullptr;  // in the newest block
+    size_t bytesLeft = 0;         // from there to its end
+};
 
 // An element whose content is being read.
 struct OpenElement {
-    XmlNode* node;
+    XmlNode* node = nullptr;
     std::string_view name;  // as its start tag gives it
 };
 
 // Its functions are defined in place: the compiler makes one of them all and keeps the scanner in registers.
 class Parser {
 public:
-    Parser(std::string_view document, XmlNode& rootNode) : scanner(document), root(rootNode) {
+    Parser(std::string_view document, XmlNode& rootNode)
+        : scanner(document), root(rootNode), maker(rootNode.memory, document.size()) {
         open.reserve(kUsualDepth);
     }
 
@@ -44,18 +77,36 @@ public:
             scanner.takeUpTo(kTagStart);
             if (scanner.atEnd() || scanner.at(kEndTagStart)) return;
             if (skipCommentOrInstruction()) continue;
-            readStartTag(root);
+            readRootTag();
             readContent();
         }
     }
 
 private:
-    // Reads a start tag into element, which is open from then on unless the tag ends with "/>".
-    void readStartTag(XmlNode& element) {
+    void readRootTag() {
         scanner.take(kTagStart);
         const std::string_view name = scanner.takeName();
-        setName(name, element.prefix, element.localName);
-        if (readAttributes(element.attributes)) open.push_back({&element, name});
+        const QualifiedName parts = split(name);
+        root.prefix = parts.prefix;
+        root.localName = parts.localName;
+        readStartTag(root, name);
+    }
+
+    void readChildTag(XmlNode& parent) {
+        scanner.take(kTagStart);
+        const std::string_view name = scanner.takeName();
+        XmlNode& child = maker.make<XmlNode>(split(name), root.caseSensitive);
+        parent.children.append(child);
+        readStartTag(child, name);
+    }
+
+    // Reads the start tag of element from behind its name. The element is open from then on, unless the tag ends with
+    // "/>".
+    void readStartTag(XmlNode& element, std::string_view name) {
+        if (!readTag(&element)) return;
+        OpenElement& opened = open.emplace_back();
+        opened.node = &element;
+        opened.name = name;
     }
 
     // Reads on until no element is open any more.
@@ -64,8 +115,10 @@ private:
             XmlNode& element = *open.back().node;
             const bool keepsText = open.size() > 1;  // the root does not
 
-            const std::string_view run = scanner.takeUpTo(kTagStart);
-            if (keepsText) appendDecoded(element.text, run);
+            if (!scanner.at(kTagStart)) {
+                const std::string_view run = scanner.takeUpTo(kTagStart);
+                if (keepsText) appendDecoded(element.text, run);
+            }
             if (scanner.atEnd()) {
                 closeUnfinished();
             } else if (scanner.take(kEndTagStart)) {
@@ -74,9 +127,7 @@ private:
                 const std::string_view cdata = scanner.takeThrough(kCdataEnd);
                 if (keepsText) element.text += cdata;
             } else if (!skipCommentOrInstruction()) {
-                XmlNode& child = element.children.emplace_back();
-                child.caseSensitive = root.caseSensitive;
-                readStartTag(child);
+                readChildTag(element);
             }
         }
     }
@@ -91,31 +142,34 @@ private:
     // malformed takes the rest of the document with it; the element keeps its text then. Keep.
     void readEndTag() {
         scanner.skipName(open.back().name);
-        std::vector<XmlAttribute> ignored;
-        readAttributes(ignored);
+        readTag(nullptr);
         open.pop_back();
     }
 
-    // Reads a tag from behind its name to its end. False when that is "/>"; true when it is ">" or the document's end.
-    bool readAttributes(std::vector<XmlAttribute>& attributes) {
+    // Reads a tag from behind its name to its end, its attributes into element; without an element they are dropped.
+    // False when the end is "/>"; true when it is ">", as of most tags at once, or the document's.
+    bool readTag(XmlNode* element) { return scanner.take(kTagEnd) || readAttributes(element); }
+
+    bool readAttributes(XmlNode* element) {
         for (;;) {
             scanner.skipWhitespace();
             if (scanner.atEnd() || scanner.take(kTagEnd)) return true;
             if (scanner.take(kEmptyTagEnd)) return false;
             // There is no telling where a malformed tag was meant to end, and no attempt at it. Keep.
-            if (!readAttribute(attributes)) scanner.skipRest();
+            if (!readAttribute(element)) scanner.skipRest();
         }
     }
 
     // Reads one attribute: a name, "=" with no space on either side, and a value. False when something else comes.
-    bool readAttribute(std::vector<XmlAttribute>& attributes) {
+    bool readAttribute(XmlNode* element) {
         const std::string_view name = scanner.takeName();
         if (name.empty() || !scanner.take(kEquals)) return false;
         const std::optional<std::string_view> value = scanner.takeValue();
         if (!value) return false;
+        if (element == nullptr) return true;
 
-        XmlAttribute& attribute = attributes.emplace_back();
-        setName(name, attribute.prefix, attribute.localName);
+        XmlAttribute& attribute = maker.make<XmlAttribute>(split(name));
+        element->attributes.append(attribute);
         appendDecoded(attribute.value, *value);
         return true;
     }
@@ -132,25 +186,22 @@ private:
         return false;
     }
 
-    // Splits name at its first ":".
-    void setName(std::string_view name, ByteString& prefix, ByteString& localName) const {
-        const size_t colon = name.find(':');
-        if (colon == std::string_view::npos) {
-            prefix.clear();
-            localName = name;
-        } else {
-            prefix = name.substr(0, colon);
-            localName = name.substr(colon + 1);
-        }
+    // The parts are as they are in the tree, and hold until the next call.
+    QualifiedName split(std::string_view name) {
         if (!root.caseSensitive) {
-            prefix = LowerCase(prefix);
-            localName = LowerCase(localName);
+            lowered = LowerCase(name);
+            name = lowered;
         }
+        const size_t colon = name.find(':');
+        if (colon == std::string_view::npos) return {{}, name};
+        return {name.substr(0, colon), name.substr(colon + 1)};
     }
 
     Scanner scanner;
     XmlNode& root;
+    Maker maker;
     std::vector<OpenElement> open;  // outermost first
+    ByteString lowered;             // the name that was split last
 };
 
 }  // namespace

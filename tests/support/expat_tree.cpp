@@ -21,11 +21,11 @@ struct ExpatTree::Handlers {
     static ExpatTree& Self(void* tree) { return *static_cast<ExpatTree*>(tree); }
 
     static void XMLCALL Start(void* tree, const XML_Char* name, const XML_Char** attributes) {
-        std::vector<XmlNode*>& open = Self(tree).open;
-        XmlNode& element = open.empty() ? Self(tree).root : open.back()->children.emplace_back();
+        std::vector<PlainNode*>& open = Self(tree).open;
+        PlainNode& element = open.empty() ? Self(tree).root : open.back()->children.emplace_back();
         SplitName(name, element.prefix, element.localName);
         for (; *attributes != nullptr; attributes += 2) {
-            XmlAttribute& attribute = element.attributes.emplace_back();
+            PlainAttribute& attribute = element.attributes.emplace_back();
             SplitName(attributes[0], attribute.prefix, attribute.localName);
             attribute.value = attributes[1];
         }
@@ -35,7 +35,7 @@ struct ExpatTree::Handlers {
     static void XMLCALL End(void* tree, const XML_Char* /*name*/) { Self(tree).open.pop_back(); }
 
     static void XMLCALL Text(void* tree, const XML_Char* text, int length) {
-        std::vector<XmlNode*>& open = Self(tree).open;
+        std::vector<PlainNode*>& open = Self(tree).open;
         if (open.size() > 1) open.back()->text.append(text, static_cast<size_t>(length));
     }
 

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "config/byte_string.h"
-#include "xml/xml_node.h"
+#include "tests/support/plain_tree.h"
 
 namespace velmora {
 
@@ -13,14 +13,14 @@ class ExpatTree {
 public:
     explicit ExpatTree(const ByteString& document);
 
-    XmlNode root;
+    PlainNode root;
     bool wellFormed = false;
     bool hasDocumentType = false;
 
 private:
     struct Handlers;
 
-    std::vector<XmlNode*> open;
+    std::vector<PlainNode*> open;
 };
 
 }  // namespace velmora

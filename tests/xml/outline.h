@@ -1,7 +1,6 @@
 #pragma once
 
 #include "config/byte_string.h"
-#include "xml/xml_node.h"
 
 namespace velmora {
 
@@ -10,7 +9,27 @@ namespace velmora {
 //
 //   <p:a k="1">x<b/><c>y</c></p:a>   is   p|a[k=1]"x"(b c"y")
 //
-// Recurses, so it is for trees of usual depth.
-ByteString outline(const XmlNode& element);
+// The tree is of XmlNode or of PlainNode. Recurses, so it is for trees of usual depth.
+template <typename Node>
+ByteString outline(const Node& element) {
+    const auto qualified = [](const auto& named) {
+        return named.prefix.empty() ? named.localName : named.prefix + "|" + named.localName;
+    };
+    ByteString line = qualified(element);
+    ByteString separator = "[";
+    for (const auto& attribute : element.attributes) {
+        line += separator + qualified(attribute) + "=" + attribute.value;
+        separator = " ";
+    }
+    if (!element.attributes.empty()) line += "]";
+    if (!element.text.empty()) line += "\"" + element.text + "\"";
+    separator = "(";
+    for (const Node& child : element.children) {
+        line += separator + outline(child);
+        separator = " ";
+    }
+    if (!element.children.empty()) line += ")";
+    return line;
+}
 
 }  // namespace velmora

@@ -66,6 +66,7 @@ ByteString decoded(ByteString text) {
 
 struct PlainParser {
     ByteString input;
+    bool matchCase;
     size_t position = 0;
 
     bool sees(const ByteString& token) const { return input.compare(position, token.size(), token) == 0; }
@@ -88,7 +89,7 @@ struct PlainParser {
         return result;
     }
 
-    static void split(ByteString name, bool matchCase, ByteString& prefix, ByteString& localName) {
+    void split(ByteString name, ByteString& prefix, ByteString& localName) const {
         for (char& byte : name) {
             if (!matchCase && byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte + 32);
         }
@@ -97,7 +98,7 @@ struct PlainParser {
         localName = colon == ByteString::npos ? name : name.substr(colon + 1);
     }
 
-    void attribute(XmlNode& element) {
+    void attribute(PlainNode& element) {
         const ByteString attributeName = name();
         const bool malformed = attributeName.empty() || !sees("=") || position + 1 == input.size();
         if (malformed) {
@@ -114,15 +115,15 @@ struct PlainParser {
         while (position < input.size() && !isOneOf(input[position], ends.c_str())) value += input[position++];
         if (position == input.size()) return;
         ++position;
-        XmlAttribute result;
-        split(attributeName, element.caseSensitive, result.prefix, result.localName);
+        PlainAttribute result;
+        split(attributeName, result.prefix, result.localName);
         result.value = decoded(value);
         element.attributes.push_back(result);
     }
 
     // From behind "<" or "</"; true when content follows.
-    bool tag(XmlNode& element) {
-        split(name(), element.caseSensitive, element.prefix, element.localName);
+    bool tag(PlainNode& element) {
+        split(name(), element.prefix, element.localName);
         for (;;) {
             while (position < input.size() && isOneOf(input[position], kSpaces)) ++position;
             if (position == input.size()) return true;
@@ -138,7 +139,7 @@ struct PlainParser {
         }
     }
 
-    void content(XmlNode& element, ByteString& text) {
+    void content(PlainNode& element, ByteString& text) {
         ByteString pending;
         while (position < input.size()) {
             if (input[position] != '<') {
@@ -158,13 +159,12 @@ struct PlainParser {
                 moveBehind("<?", "?>");
             } else if (sees("</")) {
                 position += 2;
-                XmlNode ignored;
+                PlainNode ignored;
                 tag(ignored);
                 return;
             } else {
                 position += 1;
-                XmlNode child;
-                child.caseSensitive = element.caseSensitive;
+                PlainNode child;
                 if (tag(child)) content(child, child.text);
                 element.children.push_back(std::move(child));
             }
@@ -172,7 +172,7 @@ struct PlainParser {
         text.clear();
     }
 
-    void document(XmlNode& root) {
+    void document(PlainNode& root) {
         while (position < input.size()) {
             if (sees("<!--")) {
                 moveBehind("<!--", "-->");
@@ -193,10 +193,9 @@ struct PlainParser {
 
 }  // namespace
 
-XmlNode plainParse(const ByteString& document, bool matchCase) {
-    XmlNode root;
-    root.caseSensitive = matchCase;
-    PlainParser{document}.document(root);
+PlainNode plainParse(const ByteString& document, bool matchCase) {
+    PlainNode root;
+    PlainParser{document, matchCase}.document(root);
     return root;
 }
 

@@ -80,8 +80,10 @@ void VisitElements(const XmlNode& message, const Visit& visit) {
     while (!pending.empty()) {
         const XmlNode& element = *pending.back();
         pending.pop_back();
-        std::transform(element.children.rbegin(), element.children.rend(), std::back_inserter(pending),
+        const auto others = static_cast<std::ptrdiff_t>(pending.size());
+        std::transform(element.children.begin(), element.children.end(), std::back_inserter(pending),
                        [](const XmlNode& child) { return &child; });
+        std::reverse(pending.begin() + others, pending.end());  // the last is the next
         if (&element != &message && !visit(element)) return;
     }
 }
