@@ -4,13 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "benchmarks/targets.h"
+#include "benchmarks/ratio_line.h"
 
 namespace velmora {
 namespace {
@@ -22,6 +21,8 @@ const char* const kTurns[] = {
     "--benchmark_min_time=0.005",
 };
 
+constexpr int kCaseColumns = 19;
+
 struct Case {
     std::string unit;
     std::string name;
@@ -29,69 +30,30 @@ struct Case {
     std::map<std::string, std::vector<double>> turnsNs;  // by contender
 };
 
-// Its target; the end of kTargets when it has none.
 const Target* FindTarget(const Case& measured) {
-    return std::find_if(std::begin(kTargets), std::end(kTargets), [&](const Target& target) {
-        return measured.unit == target.unit && measured.name == target.caseName;
-    });
+    return velmora::FindTarget(measured.unit, measured.name);
 }
 
-const char* Verdict(double ratio, const Target& target) {
-    if (ratio <= target.moonshot) return "moonshot";
-    return ratio <= target.good ? "good" : "MISSED";
-}
-
-double Median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-// A case's times in nanoseconds, and the peer's that took the least.
-struct Outcome {
-    double oursNs = 0;
-    double peerNs = 0;
-    std::string peer;  // its name; empty when there is none
-};
-
-Outcome OutcomeOf(const Case& measured) {
-    Outcome outcome;
+// A case's median times in nanoseconds, and the peer's that took the least. Without a peer that has no name.
+RatioLine LineOf(const Case& measured) {
+    RatioLine line;
+    line.unit = measured.unit;
+    line.caseName = measured.name;
     for (const auto& [contender, turnsNs] : measured.turnsNs) {
-        const double ns = Median(turnsNs);
+        const double ns = Quantile(turnsNs, 0.5);
         if (contender == kOurs) {
-            outcome.oursNs = ns;
-        } else if (outcome.peer.empty() || ns < outcome.peerNs) {
-            outcome.peer = contender;
-            outcome.peerNs = ns;
+            line.ours = ns;
+        } else if (line.peerName.empty() || ns < line.peer) {
+            line.peerName = contender;
+            line.peer = ns;
         }
     }
-    return outcome;
-}
-
-void PrintForPeople(const Case& measured, const Outcome& outcome) {
-    const double ratio = outcome.oursNs / outcome.peerNs;
-    std::printf("%-21s %-19s %12.1f %12.1f %-10s %6.2f", measured.unit.c_str(), measured.name.c_str(), outcome.oursNs,
-                outcome.peerNs, outcome.peer.c_str(), ratio);
-    if (const Target* target = FindTarget(measured); target != std::end(kTargets)) {
-        std::printf(" %6.2f %8.2f  %s", target->good, target->moonshot, Verdict(ratio, *target));
-    }
-    std::printf("\n");
-}
-
-void PrintForPrograms(const Case& measured, const Outcome& outcome) {
-    std::printf("%s\t%s\t%.1f\t%.1f\t%s\t%.4f", measured.unit.c_str(), measured.name.c_str(), outcome.oursNs,
-                outcome.peerNs, outcome.peer.c_str(), outcome.oursNs / outcome.peerNs);
-    if (const Target* target = FindTarget(measured); target != std::end(kTargets)) {
-        std::printf("\t%g\t%g", target->good, target->moonshot);
-    } else {
-        std::printf("\t\t");
-    }
-    std::printf("\tns\n");
+    return line;
 }
 
 class RatioTable : public benchmark::BenchmarkReporter {
 public:
-    explicit RatioTable(bool isForPrograms) : forPrograms(isForPrograms) {}
+    explicit RatioTable(TableForm chosenForm) : form(chosenForm) {}
 
     bool ReportContext(const Context& /*context*/) override { return true; }
 
@@ -114,14 +76,10 @@ public:
         std::sort(cases.begin(), cases.end(), [](const Case& one, const Case& other) {
             return std::pair(FindTarget(one), one.position) < std::pair(FindTarget(other), other.position);
         });
-        if (!forPrograms) {
-            std::printf("%-21s %-19s %12s %12s %-10s %6s %6s %8s\n", "unit", "case", "ours ns", "peer ns", "best peer",
-                        "ratio", "good", "moonshot");
-        }
+        PrintHeading(form, kCaseColumns);
         for (const Case& measured : cases) {
-            const Outcome outcome = OutcomeOf(measured);
-            if (outcome.oursNs == 0 || outcome.peer.empty()) continue;
-            forPrograms ? PrintForPrograms(measured, outcome) : PrintForPeople(measured, outcome);
+            const RatioLine line = LineOf(measured);
+            if (line.ours != 0 && !line.peerName.empty()) PrintRatioLine(line, form, kCaseColumns);
         }
     }
 
@@ -140,7 +98,7 @@ private:
         found->turnsNs[name.substr(last + 1)].push_back(ns);
     }
 
-    bool forPrograms;
+    TableForm form;
     std::vector<Case> cases;
 };
 
@@ -151,7 +109,7 @@ int RunRatioTable(int argc, char** argv) {
     std::vector<std::string> arguments = {argv[0]};
     arguments.insert(arguments.end(), std::begin(kTurns), std::end(kTurns));
     arguments.insert(arguments.end(), argv + 1, argv + argc);
-    const bool forPrograms = std::erase(arguments, "--tsv") > 0;
+    const TableForm form = std::erase(arguments, "--tsv") > 0 ? TableForm::kForPrograms : TableForm::kForPeople;
     std::vector<char*> pointers;
     pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -160,7 +118,7 @@ int RunRatioTable(int argc, char** argv) {
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, pointers.data());
     if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) return 1;
-    RatioTable table(forPrograms);
+    RatioTable table(form);
     benchmark::RunSpecifiedBenchmarks(&table);
     benchmark::Shutdown();
     // Some contenders hold what must not outlive their libraries.
