@@ -90,7 +90,11 @@ uint32_t CstaConnection::SendRequest(const ByteString& xml) {
         return invokeId;
     }
     WriteLog(5, "CSTA Tx: ", xml);
-    Transmit(settings.encrypt ? tls.Send(frame) : frame);
+    if (settings.encrypt) {
+        Transmit(tls.Send(frame));
+    } else {
+        Transmit(frame);
+    }
     return invokeId;
 }
 

@@ -22,6 +22,8 @@ constexpr std::string_view kRequestedSeconds = "1800";
 // The text of one message, built line by line; every line ends with CR LF.
 class MessageText {
 public:
+    MessageText() { text.reserve(kUsualBytes); }
+
     // A line of indent spaces and the pieces.
     void Line(size_t indent, std::initializer_list<std::string_view> pieces) {
         text.append(indent, ' ');
@@ -37,6 +39,8 @@ public:
     uint32_t Send() const { return SendRequest(text); }
 
 private:
+    static constexpr size_t kUsualBytes = 1536;  // room for any message with values of usual lengths
+
     ByteString text;
 };
 
