@@ -9,6 +9,7 @@ namespace {
 size_t usedBytes = 0;
 size_t mostBytes = 0;
 size_t allocations = 0;
+size_t takenBytes = 0;
 
 constexpr size_t kHeaderBytes = 16;  // in front of each block: its length, and room to keep it aligned
 
@@ -20,6 +21,7 @@ void* operator new(size_t bytes) {
     *reinterpret_cast<size_t*>(block) = bytes;
     usedBytes += bytes;
     ++allocations;
+    takenBytes += bytes;
     mostBytes = std::max(mostBytes, usedBytes);
     return block + kHeaderBytes;
 }
@@ -43,6 +45,10 @@ size_t UsedBytes() {
 
 size_t Allocations() {
     return allocations;
+}
+
+size_t TakenBytes() {
+    return takenBytes;
 }
 
 size_t PeakBytes(const std::function<void()>& action) {

@@ -1,12 +1,10 @@
 #include "tests/support/process_use.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <tlhelp32.h>
 
 #include <bit>
-#include <iterator>
 
 namespace velmora {
 
@@ -25,7 +23,6 @@ size_t OpenHandles() {
 std::vector<uint32_t> ThreadIds() {
     std::vector<uint32_t> ids;
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    EXPECT_NE(snapshot, INVALID_HANDLE_VALUE);
     THREADENTRY32 entry = {};
     entry.dwSize = sizeof entry;
     for (BOOL found = Thread32First(snapshot, &entry); found != 0; found = Thread32Next(snapshot, &entry)) {
@@ -36,17 +33,16 @@ std::vector<uint32_t> ThreadIds() {
 }
 
 size_t HeapBytes() {
-    HANDLE heaps[32] = {};
-    const DWORD count = GetProcessHeaps(std::size(heaps), heaps);
-    EXPECT_LE(count, std::size(heaps));
+    std::vector<HANDLE> heaps(GetProcessHeaps(0, nullptr));
+    GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
     size_t bytes = 0;
-    for (DWORD index = 0; index < count; ++index) {
+    for (const HANDLE heap : heaps) {
         PROCESS_HEAP_ENTRY entry = {};
-        HeapLock(heaps[index]);
-        while (HeapWalk(heaps[index], &entry) != 0) {
+        HeapLock(heap);
+        while (HeapWalk(heap, &entry) != 0) {
             if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) bytes += entry.cbData;
         }
-        HeapUnlock(heaps[index]);
+        HeapUnlock(heap);
     }
     return bytes;
 }
