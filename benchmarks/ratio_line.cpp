@@ -3,28 +3,39 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 
 namespace velmora {
 namespace {
 
-const char* Verdict(double ratio, const Target& target) {
-    if (ratio <= target.moonshot) return "moonshot";
-    return ratio <= target.good ? "good" : "MISSED";
+const char* Verdict(double judged, const Target& target) {
+    if (judged <= target.moonshot) return "moonshot";
+    return judged <= target.good ? "good" : "MISSED";
 }
 
-void PrintForPeople(const RatioLine& line, double ratio, int caseColumns) {
-    std::printf("%-21s %-*s %12.7g %12.7g %-8s %-10s %6.2f", line.unit.c_str(), caseColumns, line.caseName.c_str(),
-                line.ours, line.peer, line.measure.c_str(), line.peerName.c_str(), ratio);
+void PrintForPeople(const RatioLine& line, int caseColumns) {
+    std::printf("%-21s %-*s %12.7g ", line.unit.c_str(), caseColumns, line.caseName.c_str(), line.ours);
+    if (line.peerName.empty()) {
+        std::printf("%12s %-8s %-10s %6s", "", line.measure.c_str(), "", "");
+    } else {
+        std::printf("%12.7g %-8s %-10s %6.2f", line.peer, line.measure.c_str(), line.peerName.c_str(),
+                    line.ours / line.peer);
+    }
     if (const Target* target = FindTarget(line.unit, line.caseName); target != std::end(kTargets)) {
-        std::printf(" %6.2f %8.2f  %s", target->good, target->moonshot, Verdict(ratio, *target));
+        const double judged = line.peerName.empty() ? line.ours : line.ours / line.peer;
+        std::printf(" %6.2f %8.2f  %s", target->good, target->moonshot, Verdict(judged, *target));
     }
     std::printf("\n");
 }
 
-void PrintForPrograms(const RatioLine& line, double ratio) {
-    std::printf("%s\t%s\t%.7g\t%.7g\t%s\t%.4f", line.unit.c_str(), line.caseName.c_str(), line.ours, line.peer,
-                line.peerName.c_str(), ratio);
+void PrintForPrograms(const RatioLine& line) {
+    std::printf("%s\t%s\t%.7g\t", line.unit.c_str(), line.caseName.c_str(), line.ours);
+    if (line.peerName.empty()) {
+        std::printf("\t\t");
+    } else {
+        std::printf("%.7g\t%s\t%.4f", line.peer, line.peerName.c_str(), line.ours / line.peer);
+    }
     if (const Target* target = FindTarget(line.unit, line.caseName); target != std::end(kTargets)) {
         std::printf("\t%g\t%g", target->good, target->moonshot);
     } else {
@@ -40,6 +51,17 @@ const Target* FindTarget(const std::string& unit, const std::string& caseName) {
                         [&](const Target& target) { return unit == target.unit && caseName == target.caseName; });
 }
 
+bool TakeOption(const std::string& argument, TableOptions& options) {
+    if (argument == "--tsv") {
+        options.form = TableForm::kForPrograms;
+        return true;
+    }
+    const std::string repetitions = "--benchmark_repetitions=";
+    if (!argument.starts_with(repetitions)) return false;
+    options.repetitions = static_cast<int>(std::strtol(argument.c_str() + repetitions.size(), nullptr, 10));
+    return options.repetitions > 0;
+}
+
 void PrintHeading(TableForm form, int caseColumns) {
     if (form == TableForm::kForPrograms) return;
     std::printf("%-21s %-*s %12s %12s %-8s %-10s %6s %6s %8s\n", "unit", caseColumns, "case", "ours", "peer", "",
@@ -47,11 +69,10 @@ void PrintHeading(TableForm form, int caseColumns) {
 }
 
 void PrintRatioLine(const RatioLine& line, TableForm form, int caseColumns) {
-    const double ratio = line.ours / line.peer;
     if (form == TableForm::kForPrograms) {
-        PrintForPrograms(line, ratio);
+        PrintForPrograms(line);
     } else {
-        PrintForPeople(line, ratio, caseColumns);
+        PrintForPeople(line, caseColumns);
     }
 }
 
