@@ -7,10 +7,18 @@ from results import HEADING, LEFT, cells_of, summary
 # What is told about each program, in this order, by its name: a heading, and what its cases are.
 FLOORS = {
     "job": ("The job, as its user feels it", """\
-The DLL under Wine, beside a floor: a program that does the same job for the same bytes by bare system calls."""),
+The DLL under Wine, each job in a process of its own, beside a floor: another DLL, which plays what ours has sent in a
+first run, byte for byte, and does nothing but the system calls for it. Both have the same PBX, and all share one
+processor. "At the PBX" is when the PBX's system has taken in the last byte. Handles and private memory are what the
+process has more at rest than before the load. A figure is the one that a tenth of all runs stay below, since what else
+the machine does only ever adds.
+
+Encrypted, the floor plays the bytes of a TLS client, and spins for the processor's time that TLS costs the best client
+of the section on TLS: for its handshake, and for each record by its length. What TLS costs the PBX is in both."""),
     "growth_bench": ("How the cost grows", """\
 From TLS through framing and the tree to dispatch, natively. The figure is the slope of time over amount in a plot of
-their logarithms: 1 is time in proportion to the amount, 2 to its square."""),
+their logarithms: 1 is time in proportion to the amount, 2 to its square; below 1 a fixed part shows. `memory` is all
+that an event makes us allocate on this way, beside the event's own bytes."""),
     "tls_bench": ("TLS", """\
 Handshakes, from the making of the objects to the last message, and records of so many bytes, protected and taken off
 again. The other end of each connection is the same library's for all, and its time does not count. Peers are those
