@@ -3,10 +3,11 @@
 namespace velmora {
 
 // What each measured unit has to reach: the ratio of our time to that of the best peer in the same run, less being
-// better. At "good" a unit may rest for now; "moonshot" is the goal.
+// better; the figure itself where nothing of others can be compared. At "good" a unit may rest for now; "moonshot" is
+// the goal.
 struct Target {
     const char* unit;
-    const char* caseName;  // bytes, RSA bits, or a named bundle
+    const char* caseName;  // bytes, RSA bits, a named bundle, or what is measured
     double good;
     double moonshot;
 };
