@@ -27,7 +27,7 @@ void SessionRenewed(const XmlNode& answer) {
 
 }  // namespace
 
-void Dispatch(uint32_t invokeId, const ByteString& xml, BindCallFunction bindCall) {
+void Dispatch(uint32_t invokeId, std::string_view xml, BindCallFunction bindCall) {
     const XmlNode root(xml, true);
     if (root.localName == "StartApplicationSessionPosResponse") {
         SessionStarted(root);

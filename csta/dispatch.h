@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "config/byte_string.h"
 
@@ -15,6 +16,6 @@ using BindCallFunction = void (*)(uint32_t invokeId, const ByteString& callId, c
 //
 // A granted duration that is no number throws std::invalid_argument, one outside 32 bits std::out_of_range (see
 // ParseInt); the message has then had no effect.
-void Dispatch(uint32_t invokeId, const ByteString& xml, BindCallFunction bindCall);
+void Dispatch(uint32_t invokeId, std::string_view xml, BindCallFunction bindCall);
 
 }  // namespace velmora

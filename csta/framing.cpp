@@ -1,7 +1,5 @@
 #include "csta/framing.h"
 
-#include <string_view>
-
 #include "config/big_endian.h"
 #include "config/trace_log.h"
 
@@ -47,9 +45,10 @@ std::optional<Frame> FrameCutter::Next() {
     }
     if (held < length) return {};
 
-    Frame frame;
-    frame.invokeId = ReadNumber(buffer, position + kInvokeIdPosition, 4);
-    frame.xml = buffer.substr(position + kFrameHeaderBytes, length - kFrameHeaderBytes);
+    const Frame frame = {
+        ReadNumber(buffer, position + kInvokeIdPosition, 4),
+        std::string_view(buffer).substr(position + kFrameHeaderBytes, length - kFrameHeaderBytes),
+    };
     position += length;
     return frame;
 }

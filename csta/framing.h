@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "config/byte_string.h"
 
@@ -20,7 +21,7 @@ inline constexpr size_t kFrameMaxBytes = 65535;  // what the 16-bit length can s
 
 struct Frame {
     uint32_t invokeId = 0;
-    ByteString xml;
+    std::string_view xml;  // where the cutter holds it, until the next call of Append or Clear
 
     bool operator==(const Frame&) const = default;
 };

@@ -28,7 +28,7 @@ const XmlNode* findChild(const XmlNode& element, std::string_view name) {
 
 }  // namespace
 
-XmlNode::XmlNode(const ByteString& document, bool matchCase) : XmlNode(QualifiedName(), matchCase) {
+XmlNode::XmlNode(std::string_view document, bool matchCase) : XmlNode(QualifiedName(), matchCase) {
     parseDocument(document, *this);
 }
 

@@ -38,7 +38,7 @@ struct XmlNode {
 
     // Parses a whole document; the node becomes its root element. An empty document leaves every field empty.
     // With matchCase false, names are lower-cased as they are read, and the path of textAt as well ("A" to "Z" only).
-    XmlNode(const ByteString& document, bool matchCase);
+    XmlNode(std::string_view document, bool matchCase);
 
     // An element of that name with nothing in it, for a parser to fill.
     XmlNode(const QualifiedName& name, bool matchCase)

@@ -26,20 +26,23 @@ constexpr std::string_view kTagEnd = ">";
 constexpr std::string_view kEmptyTagEnd = "/>";
 constexpr std::string_view kEquals = "=";
 
-constexpr size_t kUsualDepth = 4;  // elements; deeper documents are read as well
-constexpr size_t kLeastBlockBytes = 512;
-constexpr size_t kMostBlockBytes = 16384;
+constexpr size_t kUsualDepth = 4;              // elements; deeper documents are read as well
+constexpr size_t kBytesPerBlockElement = 256;  // of the document
+constexpr size_t kFewestBlockElements = 4;
+constexpr size_t kMostBlockElements = 120;  // some 16 KB
 
-// Makes the elements and attributes of a tree, one behind the other, in the memory that its root owns. They take about
-// three times the bytes of a CSTA message, so blocks of the message's length are few and leave little over.
+// Makes the elements and attributes of a tree, one behind the other, in the memory that its root owns. A CSTA message
+// has an element in some 50 bytes: it takes about five blocks, and the last leaves little over.
 class Maker {
 public:
     Maker(XmlMemory& treeMemory, size_t documentBytes)
-        : memory(treeMemory), blockBytes(std::clamp(documentBytes, kLeastBlockBytes, kMostBlockBytes)) {}
+        : memory(treeMemory),
+          blockBytes(sizeof(XmlNode) *
+                     std::clamp(documentBytes / kBytesPerBlockElement, kFewestBlockElements, kMostBlockElements)) {}
 
     template <typename Item, typename... Parts>
     Item& make(const Parts&... parts) {
-        static_assert(sizeof(Item) <= kLeastBlockBytes);
+        static_assert(sizeof(Item) <= sizeof(XmlNode));
         static_assert(alignof(Item) == alignof(void*), "where an item ends, the next can start");
         if (bytesLeft < sizeof(Item)) {
             unused = memory.addBlock(blockBytes);

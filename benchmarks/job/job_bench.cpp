@@ -177,7 +177,7 @@ private:
 
     Options options;
     Pbx pbx;
-    std::vector<Frame> requests;
+    std::vector<Request> requests;
     std::map<std::pair<std::string, std::string>, Samples> samples;  // by unit and case
 };
 

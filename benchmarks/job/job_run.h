@@ -36,7 +36,7 @@ struct JobFigures {
     double handles = 0;          // at rest, more than before the load; the next likewise
     double privateKb = 0;
     double shutdown = 0;
-    std::vector<Frame> requests;  // all that the PBX has got
+    std::vector<Request> requests;  // all that the PBX has got
 };
 
 JobFigures RunJob(Pbx& pbx, const JobSetup& setup);

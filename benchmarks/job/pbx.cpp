@@ -110,8 +110,8 @@ void Pbx::Receive() {
 
 void Pbx::TakeStream(const ByteString& stream, int64_t arrival) {
     cutter.Append(stream);
-    while (std::optional<Frame> frame = cutter.Next()) {
-        frames.push_back({std::move(*frame), arrival});
+    while (const std::optional<Frame> frame = cutter.Next()) {
+        frames.push_back({{frame->invokeId, ByteString(frame->xml)}, arrival});
         if (onFrame) onFrame(frames.size() - 1);
     }
 }

@@ -14,9 +14,17 @@
 
 namespace velmora {
 
-// A request of the provider as it came in.
+// A frame of the provider.
+struct Request {
+    uint32_t invokeId = 0;
+    ByteString xml;
+
+    bool operator==(const Request&) const = default;
+};
+
+// One as it came in.
 struct ArrivedFrame {
-    Frame frame;
+    Request frame;
     int64_t arrival = 0;  // on the clock of CounterNow, when its last byte came in
 };
 

@@ -56,10 +56,10 @@ struct Wrapping {
     TlsCosts costs;
 };
 
-void AddRequests(ScriptFile& file, const std::vector<Frame>& requests, const Wrapping& wrapping) {
+void AddRequests(ScriptFile& file, const std::vector<Request>& requests, const Wrapping& wrapping) {
     const double ticksPerNs = TicksPerNs();
     if (requests.size() > std::size(file.script.requests)) throw std::runtime_error("too many requests for the floor");
-    for (const Frame& request : requests) {
+    for (const Request& request : requests) {
         FloorRequest& entry = file.script.requests[file.script.requestCount++];
         const ByteString frame = EncodeFrame(request.invokeId, request.xml);
         entry.wire = file.Add(wrapping.request(frame));
@@ -80,7 +80,7 @@ void AddRequests(ScriptFile& file, const std::vector<Frame>& requests, const Wra
 
 }  // namespace
 
-ByteString ScriptInTheClear(const std::vector<Frame>& requests) {
+ByteString ScriptInTheClear(const std::vector<Request>& requests) {
     const auto asItIs = [](const ByteString& frame) { return frame; };
     ScriptFile file;
     file.script.headerBytes = kFrameHeaderBytes;
@@ -90,7 +90,7 @@ ByteString ScriptInTheClear(const std::vector<Frame>& requests) {
     return file.Bytes();
 }
 
-ByteString EncryptedScript(const std::vector<Frame>& requests, const ByteString& domain, const TlsCosts& costs) {
+ByteString EncryptedScript(const std::vector<Request>& requests, const ByteString& domain, const TlsCosts& costs) {
     TlsConnection client;
     TlsConnection server;
     client.SetExpectedDomain(domain);

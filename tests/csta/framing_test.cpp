@@ -10,9 +10,21 @@
 namespace velmora {
 namespace {
 
-std::vector<Frame> TakeAll(FrameCutter& cutter) {
-    std::vector<Frame> frames;
-    while (std::optional<Frame> frame = cutter.Next()) frames.push_back(*frame);
+// A frame with an XML of its own, which stays when the cutter takes the next bytes.
+struct TakenFrame {
+    uint32_t invokeId = 0;
+    ByteString xml;
+
+    bool operator==(const TakenFrame&) const = default;
+};
+
+using TakenFrames = std::vector<TakenFrame>;
+
+TakenFrames TakeAll(FrameCutter& cutter) {
+    TakenFrames frames;
+    while (const std::optional<Frame> frame = cutter.Next()) {
+        frames.push_back({frame->invokeId, ByteString(frame->xml)});
+    }
     return frames;
 }
 
@@ -34,34 +46,34 @@ TEST(FrameCutter, CutsTheSameFramesWhereverTheStreamIsSplit) {
         SCOPED_TRACE(split);
         FrameCutter cutter;
         cutter.Append(stream.substr(0, split));
-        std::vector<Frame> frames = TakeAll(cutter);
+        TakenFrames frames = TakeAll(cutter);
         cutter.Append(stream.substr(split));
-        for (const Frame& frame : TakeAll(cutter)) frames.push_back(frame);
-        EXPECT_EQ(frames, (std::vector<Frame>{{1, "<a/>"}, {2, ""}, {0x80000000, "<b/>"}}));
+        for (const TakenFrame& frame : TakeAll(cutter)) frames.push_back(frame);
+        EXPECT_EQ(frames, (TakenFrames{{1, "<a/>"}, {2, ""}, {0x80000000, "<b/>"}}));
     }
 }
 
 TEST(FrameCutter, CutsFramesThatArriveByteByByte) {
     const ByteString stream = EncodeFrame(7, ByteString(300, 'x')) + EncodeFrame(8, "<b/>");
     FrameCutter cutter;
-    std::vector<Frame> frames;
+    TakenFrames frames;
     for (const char byte : stream) {
         cutter.Append(ByteString(1, byte));
-        for (const Frame& frame : TakeAll(cutter)) frames.push_back(frame);
+        for (const TakenFrame& frame : TakeAll(cutter)) frames.push_back(frame);
     }
-    EXPECT_EQ(frames, (std::vector<Frame>{{7, ByteString(300, 'x')}, {8, "<b/>"}}));
+    EXPECT_EQ(frames, (TakenFrames{{7, ByteString(300, 'x')}, {8, "<b/>"}}));
 }
 
 TEST(FrameCutter, IgnoresTheFirstTwoBytes) {
     FrameCutter cutter;
     cutter.Append(ByteString("\xAB\xCD\0\x09\0\0\0\x05z", 9));
-    EXPECT_EQ(TakeAll(cutter), (std::vector<Frame>{{5, "z"}}));
+    EXPECT_EQ(TakeAll(cutter), (TakenFrames{{5, "z"}}));
 }
 
 TEST(FrameCutter, CutsAFrameOfTheGreatestLength) {
     FrameCutter cutter;
     cutter.Append(EncodeFrame(1, ByteString(65527, 'x')));
-    EXPECT_EQ(TakeAll(cutter), (std::vector<Frame>{{1, ByteString(65527, 'x')}}));
+    EXPECT_EQ(TakeAll(cutter), (TakenFrames{{1, ByteString(65527, 'x')}}));
 }
 
 TEST(FrameCutter, DropsEverythingHeldWhenALengthDoesNotCoverItsHeader) {
@@ -75,11 +87,11 @@ TEST(FrameCutter, DropsEverythingHeldWhenALengthDoesNotCoverItsHeader) {
         FrameCutter cutter;
         cutter.Append(EncodeFrame(1, "<a/>") + ByteString("\0\0\0", 3) + length + ByteString("\0\0\0\x02<b/>", 8) +
                       EncodeFrame(3, "<c/>"));
-        EXPECT_EQ(TakeAll(cutter), (std::vector<Frame>{{1, "<a/>"}}));
+        EXPECT_EQ(TakeAll(cutter), (TakenFrames{{1, "<a/>"}}));
         EXPECT_NE(WrittenLog().find(":1 Received a frame shorter than its header", logged), ByteString::npos);
 
         cutter.Append(EncodeFrame(4, "<d/>"));
-        EXPECT_EQ(TakeAll(cutter), (std::vector<Frame>{{4, "<d/>"}}));
+        EXPECT_EQ(TakeAll(cutter), (TakenFrames{{4, "<d/>"}}));
     }
 }
 
@@ -88,7 +100,7 @@ TEST(FrameCutter, ForgetsEverythingWhenCleared) {
     cutter.Append(EncodeFrame(1, "<a/>").substr(0, 10));
     cutter.Clear();
     cutter.Append(EncodeFrame(2, "<b/>"));
-    EXPECT_EQ(TakeAll(cutter), (std::vector<Frame>{{2, "<b/>"}}));
+    EXPECT_EQ(TakeAll(cutter), (TakenFrames{{2, "<b/>"}}));
 }
 
 }  // namespace

@@ -181,7 +181,7 @@ void PbxCheck::TakeReceived() {
     while (const std::optional<Frame> frame = connection.NextFrame()) TakeMessage(frame->invokeId, frame->xml);
 }
 
-void PbxCheck::TakeMessage(uint32_t invokeId, const ByteString& xml) {
+void PbxCheck::TakeMessage(uint32_t invokeId, std::string_view xml) {
     const bool wasLoggedIn = exchange.login.Granted();
     exchange.Observe(false, XmlNode(MaskPassword(xml), true));
     try {

@@ -41,7 +41,7 @@ private:
     enum class Patience { kInterruptible, kInAnyCase };
     WaitEnd WaitUntil(const std::function<bool()>& done, Patience patience = Patience::kInterruptible);
     void TakeReceived();
-    void TakeMessage(uint32_t invokeId, const ByteString& xml);
+    void TakeMessage(uint32_t invokeId, std::string_view xml);
     void NoteSent(std::string_view request);
 
     ShowStep show;

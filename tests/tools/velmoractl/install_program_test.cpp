@@ -193,7 +193,7 @@ TEST_F(RemoveTest, GoesOnBehindAnEntryThatTapiKeeps) {
     const Ended ended = RunCtl("remove");
     EXPECT_EQ(ended.exitCode, 20U);
     EXPECT_EQ(tapi.Calls().size(), 2U);
-    ASSERT_EQ(ended.lines.size(), 2U);
+    ASSERT_EQ(ended.lines.size(), 4U);
     EXPECT_TRUE(
         ended.lines[1].starts_with("velmoractl: TAPI did not remove velmora.tsp, permanent ID 11: "
                                    "LINEERR_OPERATIONFAILED (0x80000048)"))
