@@ -45,8 +45,8 @@ is another library that does the same work from the same bytes in the same proce
 *floor* is the bare system calls for the same bytes, which nobody can do without. "Good" is where a unit may rest;
 "moonshot" is the goal. The times themselves mean little on another machine; the ratios are what stays.
 
-    ./bench           # measures all of it anew, in less than ten minutes; ./bench --help
-    ./bench --keep    # and writes this page and its chart
+    ./bench           # measures all of it anew, in less than ten minutes, and writes this page and its chart
+    ./bench --quick   # only sees whether all of it runs
 
 {measured}
 

@@ -1,5 +1,7 @@
 #include "tests/support/child_process.h"
 
+#include <gtest/gtest.h>
+
 namespace velmora {
 namespace {
 
@@ -49,6 +51,8 @@ ChildProcess::ChildProcess(const ByteString& program, const ByteString& argument
         AssignProcessToJobObject(job, process);
         ResumeThread(started.hThread);
         CloseHandle(started.hThread);
+    } else {
+        ADD_FAILURE() << commandLine << ": Windows error " << GetLastError();
     }
     CloseHandle(readEnd);
     CloseHandle(printEnd);

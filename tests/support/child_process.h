@@ -13,7 +13,7 @@ namespace velmora {
 class ChildProcess {
 public:
     // arguments follow the program's name on its command line as they are; input (at most 4096 bytes) is all that it
-    // finds on its standard input. A program that cannot be started prints nothing and has no exit code.
+    // finds on its standard input. The test fails when the program cannot be started.
     ChildProcess(const ByteString& program, const ByteString& arguments, const ByteString& input = {});
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;

@@ -82,7 +82,7 @@ public:
         EXPECT_TRUE(answer) << xml;
         if (!answer) return {};
         EXPECT_EQ(answer->invokeId, lastInvokeId);
-        return answer->xml;
+        return ByteString(answer->xml);
     }
 
     // Asks, and gives how many bytes of the answer came first.
@@ -136,7 +136,7 @@ ByteString IdentityPath(const ByteString& name) {
     return ByteString(VELMORA_IDENTITIES) + "/" + name + ".der";
 }
 
-ByteString NameOf(const ByteString& xml) {
+ByteString NameOf(std::string_view xml) {
     return XmlNode(xml, true).localName;
 }
 
