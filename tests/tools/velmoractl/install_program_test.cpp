@@ -195,9 +195,9 @@ TEST_F(RemoveTest, GoesOnBehindAnEntryThatTapiKeeps) {
     EXPECT_EQ(tapi.Calls().size(), 2U);
     ASSERT_EQ(ended.lines.size(), 4U);
     EXPECT_TRUE(
-        ended.lines[1].starts_with("velmoractl: TAPI did not remove velmora.tsp, permanent ID 11: "
+        ended.lines[2].starts_with("velmoractl: TAPI did not remove velmora.tsp, permanent ID 11: "
                                    "LINEERR_OPERATIONFAILED (0x80000048)"))
-        << ended.lines[1];
+        << ended.lines[2];
 }
 
 TEST_F(RemoveTest, PrintsNothingButErrorsWhenItIsToBeQuiet) {
