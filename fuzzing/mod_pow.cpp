@@ -10,7 +10,7 @@
 #include "fuzzing/support/expect.h"
 #include "fuzzing/support/fuzz_input.h"
 #include "fuzzing/support/fuzz_target.h"
-#include "fuzzing/support/gmp_number.h"
+#include "tests/support/gmp_number.h"
 
 namespace velmora {
 namespace {

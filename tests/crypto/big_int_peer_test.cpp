@@ -8,28 +8,11 @@
 #include "crypto/big_int.h"
 #include "crypto/mod_inverse.h"
 #include "crypto/mod_pow.h"
+#include "tests/support/gmp_number.h"
 #include "tests/support/hex.h"
 
 namespace velmora {
 namespace {
-
-// A number of GMP's that frees itself.
-class GmpNumber {
-public:
-    GmpNumber() { mpz_init(value); }
-    explicit GmpNumber(const BigInt& number) : GmpNumber() {
-        mpz_import(value, number.magnitude.size() / 4, -1, 4, -1, 0, number.magnitude.data());
-        if (number.negative != 0) mpz_neg(value, value);
-    }
-    GmpNumber(const GmpNumber&) = delete;
-    GmpNumber& operator=(const GmpNumber&) = delete;
-    ~GmpNumber() { mpz_clear(value); }
-
-    operator mpz_ptr() { return value; }
-
-private:
-    mpz_t value;
-};
 
 BigInt fromGmp(mpz_srcptr value) {
     BigInt number;

@@ -64,15 +64,6 @@ size_t BoundCalls() {
     return boundCalls.size();
 }
 
-bool WaitUntil(const std::function<bool()>& condition) {
-    const double deadline = PreciseMs() + kPatienceMs;
-    while (!condition()) {
-        if (PreciseMs() > deadline) return false;
-        Sleep(1);
-    }
-    return true;
-}
-
 // Expects that what is started in its time ends in its time.
 class NothingLeftBehind {
 public:
