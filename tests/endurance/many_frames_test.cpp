@@ -10,7 +10,7 @@
 namespace velmora {
 namespace {
 
-constexpr size_t kUsualFrames = 200000;
+constexpr size_t kUsualFrames = 1000000;
 constexpr size_t kWarmUpBursts = 100;
 constexpr size_t kBurstFrames = 500;  // some 120 KB, of which the last is one that the provider answers
 constexpr size_t kMostRecordBytes = 3000;
