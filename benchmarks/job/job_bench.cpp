@@ -27,7 +27,7 @@ namespace velmora {
 namespace {
 
 constexpr int kCaseColumns = 58;
-constexpr int kTurns = 20;
+constexpr int kTurns = 60;
 constexpr char kUsage[] =
     "usage: job_bench --wine SCRIPT --windows FOLDER --tls-costs FILE --folder FOLDER [OPTION...]\n"
     "  --wine SCRIPT                runs a Windows program\n"
