@@ -179,15 +179,8 @@ TEST_F(StuckPbxTest, DoesNotKeepAShutdownFromEndingWhileACallIsPlaced) {
 TEST_F(StuckPbxTest, DoesNotSpoilTheNextSession) {
     FillTheLink();
     Stop();
-    registry.Set("username", kUsername);
-    registry.Set("domain", kDomain);
     PbxPeer next;
-    registry.Set("port", std::to_string(next.Port()));
-    Init();
-    EXPECT_EQ(ElementText(next.WaitForFrame(0).xml, "tns:userName"), kUsername);
-    EXPECT_TRUE(next.SendFrame(1, SessionAccepted("S1", "1800")));
-    EXPECT_EQ(ElementText(next.WaitForFrame(1).xml, "deviceObject"), kDevice);
-    Stop();
+    RunSessionAt(next);
 }
 
 }  // namespace

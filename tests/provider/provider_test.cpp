@@ -133,6 +133,17 @@ void ProviderTest::FillTheLink() {
     EXPECT_LT(records, before + 2 * kLogins) << "the provider has sent everything";
 }
 
+void ProviderTest::RunSessionAt(PbxPeer& next) {
+    registry.Set("username", kUsername);
+    registry.Set("domain", kDomain);
+    registry.Set("port", std::to_string(next.Port()));
+    Init();
+    EXPECT_EQ(ElementText(next.WaitForFrame(0).xml, "tns:userName"), kUsername);
+    EXPECT_TRUE(next.SendFrame(1, SessionAccepted("S1", "1800")));
+    EXPECT_EQ(ElementText(next.WaitForFrame(1).xml, "deviceObject"), kDevice);
+    Stop();
+}
+
 LogTexts ProviderTest::Recorded(const std::function<void()>& action) {
     const size_t before = log.Records().size();
     action();

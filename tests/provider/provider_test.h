@@ -86,6 +86,9 @@ protected:
     // and lets the session thread send MonitorStarts until it gets no further.
     void FillTheLink();
 
+    // Has the usual account log in at another PBX, in a session of its own.
+    void RunSessionAt(PbxPeer& next);
+
     // The texts that an action has left in the log.
     LogTexts Recorded(const std::function<void()>& action);
 
