@@ -64,6 +64,17 @@ TEST(FrameCutter, CutsFramesThatArriveByteByByte) {
     EXPECT_EQ(frames, (TakenFrames{{7, ByteString(300, 'x')}, {8, "<b/>"}}));
 }
 
+TEST(FrameCutter, KeepsWhatItHasGivenOutUntilTheNextBytes) {
+    FrameCutter cutter;
+    cutter.Append(EncodeFrame(1, ByteString(300, 'a')) + EncodeFrame(2, ByteString(300, 'b')));
+    const std::optional<Frame> first = cutter.Next();
+    const std::optional<Frame> second = cutter.Next();
+    EXPECT_FALSE(cutter.Next());
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(first->xml, ByteString(300, 'a'));
+    EXPECT_EQ(second->xml, ByteString(300, 'b'));
+}
+
 TEST(FrameCutter, IgnoresTheFirstTwoBytes) {
     FrameCutter cutter;
     cutter.Append(ByteString("\xAB\xCD\0\x09\0\0\0\x05z", 9));
