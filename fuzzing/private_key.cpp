@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr size_t kMostBytesUsed = 200;  // of all numbers, or nearly all time would go into powers
+constexpr size_t kMostBytesUsed = 150;  // of all numbers, or nearly all time would go into powers
 
 }  // namespace
 

@@ -9,7 +9,7 @@
 namespace velmora {
 namespace {
 
-constexpr int kMostSteps = 24;
+constexpr int kMostSteps = 12;  // a handshake, its resumption and data behind each
 
 // Steps that are more than bytes to be read.
 constexpr uint8_t kPeerSends = 7;

@@ -25,7 +25,7 @@ namespace velmora {
 //   2 to 13   the first 1 to 12 bytes leave, the rest waits
 //   14 to 25  all leaves, in 2 to 13 records of about the same length
 //
-// The input ends after 24 steps.
+// The input ends after 12 steps.
 //
 // An endpoint that has failed hands out nothing; and as long as nothing but data passes behind a complete handshake,
 // the endpoint hands out what the peer has sent.
