@@ -27,8 +27,8 @@ const std::vector<TlsStage>& ServerStages();
 // The stage that the first byte of an input names, with the clock, the randoms and the session cache set back.
 TlsStage StageOf(const std::vector<TlsStage>& stages, FuzzInput& input);
 
-// Gives an endpoint the rest of the input in pieces, and sends data behind each. One that has failed hands out nothing,
-// nor does one that has keys, for the input has none.
+// Gives an endpoint the rest of the input in pieces, the 32nd of which is all that is left, and sends data behind each.
+// One that has failed hands out nothing, nor does one that has keys, for the input has none.
 void FeedInPieces(TlsConnection& end, size_t pieceBytes, FuzzInput& input);
 
 }  // namespace velmora
