@@ -17,7 +17,7 @@ namespace {
 
 constexpr size_t kModulusMaxBytes = 600;  // beyond what fits the vector registers
 constexpr size_t kExponentMaxBytes = 40;  // of a short modulus; a long one has a shorter exponent
-constexpr size_t kWorkMax = 20000;        // bytes of the exponent by the square of those of the modulus
+constexpr size_t kWorkMax = 10000;        // bytes of the exponent by the square of those of the modulus
 
 // A piece, repeated up to a length of its own: so a few bytes give long numbers as well.
 ByteString NumberBytes(FuzzInput& input, size_t mostBytes) {
