@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "config/text_numbers.h"
-#include "tools/velmoractl/json_text.h"
 #include "tools/velmoractl/plain_text.h"
+#include "tools/velmoractl/verdict_json.h"
 
 namespace velmora::ctl {
 namespace {
@@ -114,17 +114,9 @@ ByteString StepText(const CheckStep& step) {
 }
 
 ByteString CheckJson(const CheckReport& report) {
-    const Verdict verdict = JudgeCheck(report);
     std::vector<ByteString> steps(report.steps.size());
     std::ranges::transform(report.steps, steps.begin(), StepJson);
-    return JsonObject()
-               .AddText("result", verdict.code == ExitCode::kDone ? "ok" : "failed")
-               .Add("exitCode", JsonNumber(static_cast<int>(verdict.code)))
-               .AddText("sentence", verdict.sentence)
-               .AddText("advice", verdict.advice)
-               .Add("facts", FactsJson(report.facts))
-               .Add("steps", JsonArray(steps))
-               .Text() +
+    return VerdictJson(JudgeCheck(report)).Add("facts", FactsJson(report.facts)).Add("steps", JsonArray(steps)).Text() +
            "\n";
 }
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "config/text_numbers.h"
-#include "tools/velmoractl/json_text.h"
 #include "tools/velmoractl/plain_text.h"
+#include "tools/velmoractl/verdict_json.h"
 
 namespace velmora::ctl {
 namespace {
@@ -129,12 +129,7 @@ ByteString InstallText(const InstallFacts& facts) {
 }
 
 ByteString InstallJson(const InstallFacts& facts) {
-    const Verdict verdict = JudgeInstall(facts);
-    return JsonObject()
-               .AddText("result", verdict.code == ExitCode::kDone ? "ok" : "failed")
-               .Add("exitCode", JsonNumber(static_cast<int>(verdict.code)))
-               .AddText("sentence", verdict.sentence)
-               .AddText("advice", verdict.advice)
+    return VerdictJson(JudgeInstall(facts))
                .Add("file", FileJson(facts))
                .Add("tapi", TapiJson(facts))
                .AddText("service", WordingOf(facts.service).word)

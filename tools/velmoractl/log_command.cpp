@@ -219,7 +219,7 @@ ExitCode Run(const Arguments& arguments) {
     if (options.action == "follow") {
         return FollowLog(static_cast<int32_t>(options.level.value_or(kMessagesLevel)), options.brief);
     }
-    if (!options.file && !MayReadSettings()) return ExitCode::kRegistry;
+    if (!options.file && !MayReadSettings()) return RefuseSettings(false);
     const ByteString path = options.file ? *options.file : EffectiveText("logfile");
     return Show(path, static_cast<int32_t>(options.level.value_or(kHighest)), options.brief);
 }

@@ -44,7 +44,7 @@ ExitCode RunCommand(const Command& command, std::span<const ByteString> words) {
         Print(command.help);
         return ExitCode::kDone;
     }
-    if (command.needsSettings && !MayReadSettings()) return ExitCode::kRegistry;
+    if (command.needsSettings && !MayReadSettings()) return RefuseSettings(arguments.Has("--json"));
     CatchInterrupts();
     return command.run(arguments);
 }

@@ -438,13 +438,28 @@ TEST(ClosedSettings, AreToldFromSettingsThatAreNotThere) {
     registry.Set("username", "40");
     const ClosedKey closed;
     for (const char* arguments : {"config get", "config get username", "config set port 443", "configure", "caps",
-                                  "check", "check --json", "dial 4930", "log", "status"}) {
+                                  "check", "dial 4930", "log", "status"}) {
         SCOPED_TRACE(arguments);
         const Ended ended = RunCtl(arguments);
         EXPECT_EQ(ended.exitCode, 10U);
         EXPECT_EQ(ended.lines,
                   (Lines{"velmoractl: this user may not read the settings in "
                          "HKEY_LOCAL_MACHINE\\SOFTWARE\\velmora\\tapi. Run velmoractl as administrator."}));
+    }
+}
+
+TEST(ClosedSettings, AreToldToScriptsAsJson) {
+    RegistryScope registry;
+    registry.Set("username", "40");
+    const ClosedKey closed;
+    for (const char* arguments : {"check --json", "status --json"}) {
+        SCOPED_TRACE(arguments);
+        const Ended ended = RunCtl(arguments);
+        EXPECT_EQ(ended.exitCode, 10U);
+        EXPECT_EQ(ended.lines,
+                  (Lines{R"({"result": "failed", "exitCode": 10, "sentence": "FAILED: this user may not read the )"
+                         R"(settings in HKEY_LOCAL_MACHINE\\SOFTWARE\\velmora\\tapi.", )"
+                         R"("advice": "Run velmoractl as administrator."})"}));
     }
 }
 
