@@ -54,42 +54,5 @@ TEST(Md5, PadsMessagesThatEndAroundTheEndOfABlock) {
     }
 }
 
-TEST(Md5, GivesTheSameDigestWhereverTheMessageIsSplit) {
-    ByteString message;
-    for (int index = 0; index < 200; ++index) message += static_cast<char>(index);
-    const ByteString whole = md5Digest(message);
-    for (size_t split = 0; split <= message.size(); ++split) {
-        SCOPED_TRACE(split);
-        Md5State state;
-        state.update(message.substr(0, split));
-        EXPECT_EQ(state.digest(), md5Digest(message.substr(0, split)));
-        state.update(message.substr(split));
-        EXPECT_EQ(state.digest(), whole);
-    }
-}
-
-TEST(Md5, GivesTheSameDigestByteByByte) {
-    Md5State state;
-    for (int count = 0; count < 200; ++count) state.update("a");
-    EXPECT_EQ(state.digest(), md5Digest(ByteString(200, 'a')));
-}
-
-TEST(Md5, WritesTheDigestAtTheEndOfTheMessage) {
-    Md5State state;
-    state.update("abc");
-    uint8_t digest[kMd5Bytes];
-    state.finish(digest);
-    EXPECT_EQ(ByteString(digest, digest + sizeof digest), md5Digest("abc"));
-}
-
-// Half a gigabyte would be needed to get there the long way.
-TEST(Md5, CarriesTheLengthInBitsFromTheLowWordIntoTheHighOne) {
-    Md5State state;
-    state.bitCount[0] = 0xFFFFFE00;
-    state.update(ByteString(64, 'x'));
-    EXPECT_EQ(state.bitCount[0], 0U);
-    EXPECT_EQ(state.bitCount[1], 1U);
-}
-
 }  // namespace
 }  // namespace velmora

@@ -52,42 +52,5 @@ TEST(Sha1, PadsMessagesThatEndAroundTheEndOfABlock) {
     }
 }
 
-TEST(Sha1, GivesTheSameDigestWhereverTheMessageIsSplit) {
-    ByteString message;
-    for (int index = 0; index < 200; ++index) message += static_cast<char>(index);
-    const ByteString whole = sha1Digest(message);
-    for (size_t split = 0; split <= message.size(); ++split) {
-        SCOPED_TRACE(split);
-        Sha1State state;
-        state.update(message.substr(0, split));
-        EXPECT_EQ(state.digest(), sha1Digest(message.substr(0, split)));
-        state.update(message.substr(split));
-        EXPECT_EQ(state.digest(), whole);
-    }
-}
-
-TEST(Sha1, GivesTheSameDigestByteByByte) {
-    Sha1State state;
-    for (int count = 0; count < 200; ++count) state.update("a");
-    EXPECT_EQ(state.digest(), sha1Digest(ByteString(200, 'a')));
-}
-
-TEST(Sha1, WritesTheDigestAtTheEndOfTheMessage) {
-    Sha1State state;
-    state.update("abc");
-    uint8_t digest[kSha1Bytes];
-    state.finish(digest);
-    EXPECT_EQ(ByteString(digest, digest + sizeof digest), sha1Digest("abc"));
-}
-
-// Half a gigabyte would be needed to get there the long way.
-TEST(Sha1, CarriesTheLengthInBitsFromTheLowWordIntoTheHighOne) {
-    Sha1State state;
-    state.bitCount[0] = 0xFFFFFE00;
-    state.update(ByteString(64, 'x'));
-    EXPECT_EQ(state.bitCount[0], 0U);
-    EXPECT_EQ(state.bitCount[1], 1U);
-}
-
 }  // namespace
 }  // namespace velmora
